@@ -1,0 +1,102 @@
+#include "core/plugin.h"
+
+#include <exception>
+#include <new>
+
+#include "scene/appearance_reader.h"
+#include "scene/vntScene_api.h"
+#include "settings/settings_file.h"
+
+namespace rendara {
+namespace {
+
+RendaraPlugin*& storedInstance() {
+  static RendaraPlugin* plugin = nullptr;
+  return plugin;
+}
+
+}  // namespace
+
+RendaraPlugin::RendaraPlugin() {
+  loadSettings();
+  settings.previousTessellationQuality = settings.tessellationQuality;
+}
+
+RendaraPlugin::~RendaraPlugin() {
+  if (sceneOutput.file != nullptr) {
+    std::fclose(sceneOutput.file);
+  }
+}
+
+RendaraPlugin* RendaraPlugin::instance() {
+  RendaraPlugin*& plugin = storedInstance();
+  if (plugin == nullptr) {
+    try {
+      plugin = new RendaraPlugin;
+    } catch (const std::exception&) {
+      plugin = nullptr;
+    }
+  }
+  return plugin;
+}
+
+void RendaraPlugin::destroyInstance() {
+  delete storedInstance();
+  storedInstance() = nullptr;
+}
+
+void RendaraPlugin::loadSettings() { rendara::loadSettings(settings); }
+
+void RendaraPlugin::saveSettings() const { rendara::saveSettings(settings); }
+
+void RendaraPlugin::setSelectionMode(bool manual) {
+  settings.setSelectionMode(manual);
+  setUpdateIcons(selectionCommands, manual);
+}
+
+void RendaraPlugin::chooseSelectionMode(SelectionMode mode) {
+  const bool manual = mode == kManualSelection;
+  settings.selectionMode = mode;
+  setUpdateIcons(selectionCommands, manual);
+  saveSettings();
+  // The second pair is the one that stays on the ribbon.
+  setCheckIcons(selectionCommands, manual);
+}
+
+void RendaraPlugin::exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath,
+                                       const ProAsmcomppath& animationPath, const NarrowText& name,
+                                       const Matrix& placement, bool defineGeometry) {
+  const PartOccurrence occurrence{part, appearancePath, name.text.c_str(), placement.data(), defineGeometry};
+  const GeometryOptions options{settings.tessellationQuality, settings.includeNURBS, settings.separateMaterials};
+  const WrittenGeometry written =
+      rendara::exportPartGeometry(*sceneOutput.scene, occurrence, options, meshBuffers,
+                                  [&] { writeComponentAnimation(animationPath, name.text.c_str()); });
+  // Two names that lost characters can be equal without meaning the same part.
+  if (written.firstMaterial && name.exact) {
+    writtenNames.try_emplace(name.text, *written.firstMaterial);
+  }
+}
+
+void RendaraPlugin::writeReference(ProMdl model, const ProAsmcomppath& appearancePath,
+                                   const ProAsmcomppath& animationPath, const std::string& name,
+                                   const Matrix& placement) {
+  const std::string partName = modelName(model).text;
+  const MaterialRecord record = occurrenceMaterial(model, appearancePath).value_or(writtenNames.at(name));
+  vntScene_api& scene = *sceneOutput.scene;
+  scene.beginGroup(name.c_str(), true);
+  scene.beginObject(partName.c_str(), true);
+  scene.beginGeometry("instance");
+  scene.parameter("source", kString, name.c_str());
+  scene.endGeometry();
+  writeMaterial(scene, materialName(record, partName, settings.separateMaterials), record);
+  scene.endObject();
+  writeComponentAnimation(animationPath, name.c_str());
+  scene.transform(placement.data(), false);
+  scene.endGroup();
+}
+
+void RendaraPlugin::writeComponentAnimation(const ProAsmcomppath& animationPath, const char* name) {
+  rendara::writeComponentAnimation(*sceneOutput.scene, animation, animationPath, name);
+}
+
+}  // namespace rendara

@@ -1,0 +1,46 @@
+// One part occurrence as a group of the scene.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "geometry/mesh_buffers.h"
+#include "platform/creo_toolkit.h"
+#include "scene/material.h"
+#include "scene/narrow_text.h"
+
+namespace rendara {
+
+class vntScene_api;
+
+struct PartOccurrence {
+  ProPart part = nullptr;
+  ProAsmcomppath appearancePath{};     // the one-level path that leads to it: its owner and its own identifier
+  const char* name = "";               // of the occurrence's group
+  const double* placement = nullptr;   // sixteen values, row by row
+  bool defineGeometry = false;         // false: the group, its animation and its placement alone
+};
+
+struct GeometryOptions {
+  double tessellationQuality = 0.2;
+  bool includeNURBS = true;       // wraps every material group in a group of its own
+  bool separateMaterials = true;  // material names begin with the part's name
+};
+
+// What was written of the occurrence's geometry.
+struct WrittenGeometry {
+  bool any = false;                            // an object with geometry was written
+  std::optional<MaterialRecord> firstMaterial;  // of the first object written
+};
+
+// The name of a model as narrow text, at most 259 bytes.
+NarrowText modelName(ProMdl model);
+
+// Writes the occurrence's group: geometry if it is to be defined, one mesh object for each material in the order of
+// the materials' names, then what `writeAnimation` writes, then the placement. A part without an exported surface
+// writes nothing at all. `buffers` are used and left with the last group's mesh.
+WrittenGeometry exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
+                                   const GeometryOptions& options, MeshBuffers& buffers,
+                                   const std::function<void()>& writeAnimation);
+
+}  // namespace rendara

@@ -1,0 +1,43 @@
+// The operations of the Creo toolkit that the plug-in calls. With RENDARA_VENDOR_TOOLKIT defined the vendor's own
+// headers stand in for the declarations of this folder, and no caller changes.
+#pragma once
+
+#ifdef RENDARA_VENDOR_TOOLKIT
+#include <ProToolkit.h>
+
+#include <ProArray.h>
+#include <ProAsmcomp.h>
+#include <ProAsmcomppath.h>
+#include <ProFeature.h>
+#include <ProFeatType.h>
+#include <ProGeomitem.h>
+#include <ProGraphic.h>
+#include <ProLayer.h>
+#include <ProMdl.h>
+#include <ProMdlUnits.h>
+#include <ProMessage.h>
+#include <ProModelitem.h>
+#include <ProQuilt.h>
+#include <ProSelection.h>
+#include <ProSimprep.h>
+#include <ProSimprepdata.h>
+#include <ProSolid.h>
+#include <ProSurface.h>
+#include <ProTessellation.h>
+#include <ProUICmd.h>
+#include <ProUIDialog.h>
+#include <ProUILabel.h>
+#include <ProUIPushbutton.h>
+#include <ProUtil.h>
+#include <ProView.h>
+#include <ProWstring.h>
+#else
+#include "platform/creo/appearance.h"
+#include "platform/creo/geometry.h"
+#include "platform/creo/interaction.h"
+#include "platform/creo/layer.h"
+#include "platform/creo/model.h"
+#include "platform/creo/simprep.h"
+#include "platform/creo/types.h"
+#include "platform/creo/view.h"
+#endif

@@ -1,0 +1,67 @@
+#include "settings/animation.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "scene/vntScene_api.h"
+
+namespace rendara {
+namespace {
+
+// The inverse of where the component stands in the top model; the identity when it cannot be had or inverted.
+Matrix inversePlacement(const ProAsmcomppath& animationPath) {
+  ProAsmcomppath path = animationPath;
+  Matrix inverse = kIdentityMatrix;
+  ProMatrix placement{};
+  if (ProAsmcomppathTrfGet(&path, PRO_B_TRUE, placement) == PRO_TK_NO_ERROR) {
+    Matrix matrix{};
+    std::memcpy(matrix.data(), placement, sizeof(placement));
+    invertSimilarity(matrix, inverse);
+  }
+  return inverse;
+}
+
+void writeMatrices(vntScene_api& scene, const std::vector<Matrix>& frames, const Matrix& inverse) {
+  scene.beginArray("matrices");
+  for (const Matrix& frame : frames) {
+    const Matrix relative = multiply(frame, inverse);
+    scene.arrayValue(kMatrix, relative.data());
+  }
+  scene.endArray();
+}
+
+void writeTimestamps(vntScene_api& scene, int count, float frameTime) {
+  const float milliseconds = frameTime * 1000.0F;
+  scene.beginArray("timestamps");
+  for (int frame = 0; frame < count; ++frame) {
+    const int time = static_cast<int>(static_cast<float>(frame) * milliseconds);
+    scene.arrayValue(kInt, &time);
+  }
+  scene.endArray();
+}
+
+}  // namespace
+
+void writeComponentAnimation(vntScene_api& scene, const AnimationFrames& frames, const ProAsmcomppath& animationPath,
+                             const char* name) {
+  if (frames.animationFrames.empty()) {
+    return;
+  }
+  const int count = std::clamp(animationPath.table_num, 0, PRO_MAX_ASSEM_LEVEL);
+  const auto entry = frames.animationFrames.find({animationPath.comp_id_tab, animationPath.comp_id_tab + count});
+  if (entry == frames.animationFrames.end()) {
+    return;
+  }
+  const float frameTime = 1.0F / static_cast<float>(frames.animationFrameRate);
+  scene.beginAnimation("fbx_animation", name);
+  const int start = 0;
+  scene.parameter("start_time", kInt, &start);
+  const float duration = static_cast<float>(frames.animationFrameCount) * frameTime;
+  scene.parameter("duration", kFloat, &duration);
+  scene.parameter("folder", kString, "Creo animation");
+  writeMatrices(scene, entry->second, inversePlacement(animationPath));
+  writeTimestamps(scene, frames.animationFrameCount, frameTime);
+  scene.endAnimation();
+}
+
+}  // namespace rendara

@@ -1,0 +1,32 @@
+// The mechanism animation of the components: the frames that belong to one command, and how they become a block of
+// the scene.
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "platform/creo_toolkit.h"
+#include "scene/matrix.h"
+
+namespace rendara {
+
+class vntScene_api;
+
+struct AnimationFrames {
+  // By the identifiers of a component's full path: its placements in the top model, a matrix each frame.
+  std::map<std::vector<int>, std::vector<Matrix>> animationFrames;
+  int animationFrameCount = 0;  // as the file's header has it; a component can have more or fewer matrices
+  int animationFrameRate = 25;  // frames per second
+
+  void clear() {
+    animationFrames.clear();
+    animationFrameCount = 0;
+  }
+};
+
+// Writes the animation block of the component with that full path, if it moves: its frames relative to where it
+// stands now (frame times inverse of its placement), and the frames' times in milliseconds.
+void writeComponentAnimation(vntScene_api& scene, const AnimationFrames& frames, const ProAsmcomppath& animationPath,
+                             const char* name);
+
+}  // namespace rendara

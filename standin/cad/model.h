@@ -1,0 +1,141 @@
+// What the stand-in CAD session holds: parts and assemblies with everything that a CAD system knows of them.
+//
+// Lengths are in the model's own unit (Model::lengthUnit). Matrices are row-major with row vectors: a point times a
+// matrix, rows 0 to 2 the axes, elements 12 to 14 the translation. Handles that the session gives out are addresses
+// of these records, so they live in deques and are never moved.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/creo_toolkit.h"
+
+namespace standin {
+
+using Point = std::array<double, 3>;
+using Matrix = std::array<double, 16>;
+inline constexpr Matrix kIdentity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+
+struct Model;
+
+struct Appearance {
+  std::wstring name;
+  Point color = {0.6, 0.6, 0.6};  // red, green, blue, 0 to 1, as the file gives them (not linear light)
+  std::wstring texture;           // file name; looked up in the session's texture folders
+};
+
+// The tessellation of one surface in the part's coordinates. Normals and parameters are one per vertex or absent.
+// Facet corners run counter-clockwise when seen from outside; indices are 0-based.
+struct SurfaceMesh {
+  std::vector<Point> vertices;
+  std::vector<Point> normals;
+  std::vector<std::array<double, 2>> params;
+  std::vector<std::array<int, 3>> facets;
+};
+
+// Tessellates the surfaces of one part on request.
+class PartMesher {
+ public:
+  virtual ~PartMesher() = default;
+  // The mesh of Model::surfaces[surface] for a chord height in the model's length unit; null when it cannot be made,
+  // with the reason in `failure`. The mesh may be shared with a cache and is not changed afterwards.
+  virtual std::shared_ptr<const SurfaceMesh> mesh(std::size_t surface, double chordHeight, std::string& failure) = 0;
+  // Frees what is kept for a faster answer.
+  virtual void forget() {}
+};
+
+struct Feature {
+  int id = 0;
+  ProFeattype type = 0;
+  ProFeatStatus status = PRO_FEAT_ACTIVE;
+  bool hidden = false;
+  // Component features (type PRO_FEAT_COMPONENT) only:
+  Model* component = nullptr;  // null: the model is not in session
+  Matrix placement = kIdentity;  // from the component's coordinates to the owner's
+  std::optional<Appearance> appearance;
+};
+
+struct Surface {
+  Model* owner = nullptr;
+  std::size_t index = 0;  // in Model::surfaces
+  int id = 0;             // unique among the model's surfaces
+  int featureId = 0;
+  bool inactive = false;
+  bool hidden = false;
+  std::optional<Appearance> appearance;
+};
+
+struct Quilt {
+  Model* owner = nullptr;
+  int id = 0;
+  int featureId = 0;
+  bool inactive = false;
+  bool hidden = false;
+  bool backup = false;
+  std::vector<std::size_t> surfaces;  // indices in Model::surfaces
+};
+
+struct Layer {
+  int id = 0;
+  std::wstring name;
+  ProLayerDisplay display = PRO_LAYER_TYPE_NORMAL;
+  std::vector<std::pair<ProLayerType, int>> items;  // type and id
+};
+
+struct SimplifiedRep {
+  struct Item {
+    std::vector<int> path;  // component feature ids from the model down
+    ProSimprepActionType action = PRO_SIMPREP_NONE;
+  };
+  int id = 0;  // PRO_SIMPREP_MASTER_REP for the master representation
+  std::wstring name;
+  ProSimprepActionType defaultAction = PRO_SIMPREP_INCLUDE;
+  std::vector<Item> items;
+};
+
+struct View {
+  std::wstring name;
+  Matrix matrix = kIdentity;
+};
+
+struct Model {
+  ProMdlType type = PRO_MDL_PART;
+  std::wstring name;  // at most 31 characters; unique in the session among models of its type
+  std::wstring lengthUnit = L"mm";
+  std::deque<Feature> features;
+  std::deque<Surface> surfaces;
+  std::vector<std::size_t> solidSurfaces;  // indices in surfaces, in visiting order
+  std::deque<Quilt> quilts;
+  std::deque<Layer> layers;
+  std::deque<SimplifiedRep> representations;
+  std::deque<View> views;
+  Matrix currentView = kIdentity;
+  std::optional<Appearance> appearance;
+  std::optional<std::array<Point, 2>> outline;  // of the model's own geometry, in its own coordinates
+  std::uint64_t versionStamp = 1;               // rises with every change of the model
+  std::shared_ptr<PartMesher> mesher;           // null when there are no surfaces
+
+  Feature* feature(int id);
+  Feature& addFeature(ProFeattype featureType);
+  Feature& addComponent(Model& component, const Matrix& placement);
+  // A surface of the solid, or of a quilt when one is given.
+  Surface& addSurface(int featureId, Quilt* quilt = nullptr);
+  Quilt& addQuilt(int featureId);
+  Layer& addLayer(const std::wstring& layerName);
+  SimplifiedRep& addRepresentation(const std::wstring& representationName);
+};
+
+// The product of two placements: first `first`, then `second`.
+Matrix multiply(const Matrix& first, const Matrix& second);
+Point transformPoint(const Point& point, const Matrix& matrix);
+// The box of the model and of all its active components, in its own coordinates; none when it holds no geometry.
+std::optional<std::array<Point, 2>> boundingBox(const Model& model);
+
+}  // namespace standin

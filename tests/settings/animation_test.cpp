@@ -1,0 +1,63 @@
+#include "settings/animation.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "standin/cad/session.h"
+#include "tests/support/recording_scene.h"
+
+namespace rendara {
+namespace {
+
+constexpr Matrix kMovedByTwo = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 2, 0, 0, 1};
+constexpr Matrix kMovedByFive = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1};
+
+class Animation : public ::testing::Test {
+ protected:
+  Animation() {
+    standin::Model& part = session.addModel(PRO_MDL_PART, L"piston");
+    top = &session.addModel(PRO_MDL_ASSEMBLY, L"engine");
+    path.owner = reinterpret_cast<ProSolid>(top);
+    path.table_num = 1;
+    path.comp_id_tab[0] = top->addComponent(part, kMovedByTwo).id;
+  }
+
+  standin::Session session;
+  standin::Model* top = nullptr;
+  ProAsmcomppath path{};
+  testing::RecordingScene scene;
+};
+
+TEST_F(Animation, FramesAreRelativeToWhereTheComponentStands) {
+  AnimationFrames frames;
+  frames.animationFrames[{path.comp_id_tab[0]}] = {kMovedByTwo, kMovedByFive};
+  frames.animationFrameCount = 3;
+  writeComponentAnimation(scene, frames, path, "piston.prt");
+  EXPECT_EQ(scene.text(),
+            "beginAnimation \"fbx_animation\" \"piston.prt\"\n"
+            "parameter \"start_time\" 6 0\n"
+            "parameter \"duration\" 3 0.12\n"
+            "parameter \"folder\" 10 \"Creo animation\"\n"
+            "beginArray \"matrices\"\n"
+            "arrayValue 9 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1\n"
+            "arrayValue 9 1 0 0 0 0 1 0 0 0 0 1 0 3 0 0 1\n"
+            "endArray\n"
+            "beginArray \"timestamps\"\n"
+            "arrayValue 6 0\n"
+            "arrayValue 6 40\n"
+            "arrayValue 6 80\n"
+            "endArray\n"
+            "endAnimation\n");
+}
+
+TEST_F(Animation, ComponentsWithoutFramesWriteNothing) {
+  AnimationFrames frames;
+  writeComponentAnimation(scene, frames, path, "piston.prt");
+  frames.animationFrames[{path.comp_id_tab[0], 3}] = {kMovedByFive};
+  writeComponentAnimation(scene, frames, path, "piston.prt");
+  EXPECT_EQ(scene.text(), "");
+}
+
+}  // namespace
+}  // namespace rendara
