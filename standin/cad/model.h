@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -57,7 +58,7 @@ struct Feature {
   ProFeatStatus status = PRO_FEAT_ACTIVE;
   bool hidden = false;
   // Component features (type PRO_FEAT_COMPONENT) only:
-  Model* component = nullptr;  // null: the model is not in session
+  Model* component = nullptr;    // null: the model is not in session
   Matrix placement = kIdentity;  // from the component's coordinates to the owner's
   std::optional<Appearance> appearance;
 };
@@ -105,6 +106,44 @@ struct View {
   Matrix matrix = kIdentity;
 };
 
+// Finds records by their ids in constant time. Records that were added or renumbered since are noticed.
+template <typename Record>
+class IdIndex {
+ public:
+  // Null when there is no record of the id.
+  Record* find(std::deque<Record>& records, int id) {
+    if (records.size() < indexed_) {
+      forget();
+    }
+    addNew(records);
+    const auto found = positions_.find(id);
+    if (found != positions_.end() && found->second < records.size() && records[found->second].id == id) {
+      return &records[found->second];
+    }
+    for (Record& record : records) {
+      if (record.id == id) {
+        forget();
+        return &record;
+      }
+    }
+    return nullptr;
+  }
+
+ private:
+  void addNew(const std::deque<Record>& records) {
+    for (; indexed_ < records.size(); ++indexed_) {
+      positions_.emplace(records[indexed_].id, indexed_);
+    }
+  }
+  void forget() {
+    positions_.clear();
+    indexed_ = 0;
+  }
+
+  std::unordered_map<int, std::size_t> positions_;
+  std::size_t indexed_ = 0;
+};
+
 struct Model {
   ProMdlType type = PRO_MDL_PART;
   std::wstring name;  // at most 31 characters; unique in the session among models of its type
@@ -122,7 +161,14 @@ struct Model {
   std::uint64_t versionStamp = 1;               // rises with every change of the model
   std::shared_ptr<PartMesher> mesher;           // null when there are no surfaces
 
+  int lastId = 0;  // the highest id given out by the functions below
+
+  // Null when there is none of the id.
   Feature* feature(int id);
+  Surface* surface(int id);
+  Quilt* quilt(int id);
+  Layer* layer(int id);
+  // New records with an id that nothing in the model has.
   Feature& addFeature(ProFeattype featureType);
   Feature& addComponent(Model& component, const Matrix& placement);
   // A surface of the solid, or of a quilt when one is given.
@@ -130,12 +176,26 @@ struct Model {
   Quilt& addQuilt(int featureId);
   Layer& addLayer(const std::wstring& layerName);
   SimplifiedRep& addRepresentation(const std::wstring& representationName);
+
+ private:
+  IdIndex<Feature> featureIndex_;
+  IdIndex<Surface> surfaceIndex_;
+  IdIndex<Quilt> quiltIndex_;
+  IdIndex<Layer> layerIndex_;
 };
 
 // The product of two placements: first `first`, then `second`.
 Matrix multiply(const Matrix& first, const Matrix& second);
 Point transformPoint(const Point& point, const Matrix& matrix);
-// The box of the model and of all its active components, in its own coordinates; none when it holds no geometry.
-std::optional<std::array<Point, 2>> boundingBox(const Model& model);
+// The placement that undoes another; the identity when that is singular.
+Matrix inverse(const Matrix& matrix);
+
+using Box = std::array<Point, 2>;
+// Boxes that are known already, for calls that share sub-assemblies.
+using BoxCache = std::unordered_map<const Model*, std::optional<Box>>;
+// A box around the model's own outline and the boxes of all its active components, in its own coordinates; none when
+// it holds no geometry. Turned components are enclosed by their turned boxes, so that each model is looked at once.
+std::optional<Box> boundingBox(const Model& model);
+std::optional<Box> boundingBox(const Model& model, BoxCache& cache);
 
 }  // namespace standin

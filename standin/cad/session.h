@@ -61,11 +61,11 @@ struct Dialog {
   std::optional<int> exitStatus;
 };
 
-// Where the time of a run went. Whatever is spent outside the toolkit's operations while a command runs is the
-// plug-in's own.
+// Where the time of all commands run so far went. Whatever is spent outside the toolkit's operations while a command
+// runs is the plug-in's own.
 struct RunClock {
   using Duration = std::chrono::steady_clock::duration;
-  Duration session{};      // inside operations other than tessellation
+  Duration session{};  // inside operations other than tessellation
   Duration tessellation{};
   Duration plugin{};
 };
@@ -96,22 +96,25 @@ class Session {
   Model* findModel(const std::wstring& name, std::optional<ProMdlType> type = std::nullopt);
   const std::deque<std::unique_ptr<Model>>& models() const { return models_; }
   // Marks a model as changed; assemblies that hold it are not touched.
-  void touch(Model& model) { model.versionStamp = ++lastStamp_; }
+  void touch(Model& model);
 
   Model* current = nullptr;
   ProMode mode = PRO_MODE_UNUSED;
   std::map<std::wstring, std::wstring> configOptions;
   std::vector<std::filesystem::path> textureFolders;
   std::filesystem::path messageFolder;  // where message files are looked up by their names
-  bool guardArrays = true;  // arrays end at a page that may not be read; off for measurements
+  bool guardArrays = true;              // arrays end at a page that may not be read; off for measurements
 
   // The user's answers. When a dialog is opened without one, it counts as cancelled.
   std::deque<FileAnswer> fileAnswers;
   std::deque<SelectionAnswer> selectionAnswers;
   // The name of the representation to choose, empty for the master one; nothing cancels.
   std::deque<std::optional<std::wstring>> representationAnswers;
-  // Called while a dialog is active; presses its first push button unless replaced.
+  // Called while a dialog is active, and must end it by press() or ProUIDialogExit; when it is empty, the dialog's
+  // first push button is pressed. A dialog that is left open by this counts as misuse and is ended.
   std::function<void(Dialog&)> onDialog;
+  // Runs what a component's activation does; false when the dialog has no such component or it does nothing.
+  bool press(Dialog& dialog, const std::string& component);
 
   // What was asked of the user.
   std::vector<FileRequest> fileRequests;
@@ -125,8 +128,8 @@ class Session {
   // The text of a message key; nothing when the file or the key is missing.
   std::optional<std::wstring> message(const std::wstring& file, const std::string& key);
 
-  // Everything that was done wrong so far, a line each, beginning with the operation's name.
-  const std::vector<std::string>& misuse() const { return misuse_; }
+  // Everything that was done wrong so far, a line for each kind, beginning with the operation's name.
+  const std::vector<std::string>& misuse() const;
   void reportMisuse(const std::string& operation, const std::string& what);
   // Adds a line for everything that was allocated and never given back; then misuse() is complete.
   void finish();
@@ -142,7 +145,7 @@ class Session {
  private:
   std::deque<std::unique_ptr<Model>> models_;
   std::deque<Command> commands_;
-  std::vector<std::string> misuse_;
+  mutable std::vector<std::string> misuse_;
   std::uint64_t lastStamp_ = 1;
   std::unique_ptr<Impl> impl_;
 };
