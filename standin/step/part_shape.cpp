@@ -111,7 +111,7 @@ void triangulate(const TopoDS_Shape& shape, double deflection) {
   parameters.Deflection = std::max(deflection, kFinestDeflection);
   parameters.Angle = kAngle;
   parameters.Relative = false;
-  parameters.InParallel = false;
+  parameters.InParallel = true;
   const BRepMesh_IncrementalMesh run(shape, parameters);
 }
 

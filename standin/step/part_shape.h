@@ -31,7 +31,8 @@ PartShape collectFaces(const TopoDS_Shape& shape, double unit);
 TopoDS_Shape compoundOf(const std::vector<TopoDS_Face>& faces);
 
 // Meshes the shape, after dropping what meshes it had, with an absolute deflection in millimetres (brought to the
-// kernel's least where it is below). Serial: meshes in parallel have not been seen to be worth their risk of differing.
+// kernel's least where it is below). Faces are meshed in parallel once their edges are, so equal calls give equal
+// meshes.
 void triangulate(const TopoDS_Shape& shape, double deflection);
 
 // The box of the faces in model units; none when there are no faces. Exact where flat, cylindrical and conical faces
