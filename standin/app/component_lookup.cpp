@@ -1,0 +1,128 @@
+#include "standin/app/component_lookup.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <charconv>
+#include <cwctype>
+#include <optional>
+#include <utility>
+
+#include "standin/app/failure.h"
+#include "standin/app/suggestion.h"
+#include "standin/windows/code_page.h"
+
+namespace standin {
+namespace {
+
+std::wstring lowered(std::wstring text) {
+  for (wchar_t& character : text) character = static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(character)));
+  return text;
+}
+
+std::optional<int> asId(const std::string& text) {
+  int id = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return id;
+}
+
+// The name without an extension, and the type that the extension says.
+std::pair<std::wstring, std::optional<ProMdlType>> splitName(const std::string& text) {
+  std::wstring name = lowered(wideFromUtf8(text));
+  const auto cut = [&name](const wchar_t* extension) {
+    const bool ends = name.size() > 4 && name.compare(name.size() - 4, 4, extension) == 0;
+    if (ends) name.resize(name.size() - 4);
+    return ends;
+  };
+  if (cut(L".prt")) return {name, PRO_MDL_PART};
+  if (cut(L".asm")) return {name, PRO_MDL_ASSEMBLY};
+  return {name, std::nullopt};
+}
+
+bool isNamed(const Model& model, const std::string& text) {
+  if (lowered(model.name) == lowered(wideFromUtf8(text))) return true;
+  const auto [name, type] = splitName(text);
+  return type == model.type && lowered(model.name) == name;
+}
+
+bool isComponent(const Feature& feature) { return feature.type == PRO_FEAT_COMPONENT; }
+
+std::vector<std::string> componentNames(const Model& owner) {
+  std::vector<std::string> names;
+  for (const Feature& feature : owner.features) {
+    if (isComponent(feature) && feature.component) names.push_back(utf8FromWide(feature.component->name));
+  }
+  return names;
+}
+
+Feature& findStep(Model& owner, const std::string& step) {
+  const std::optional<int> id = asId(step);
+  std::vector<Feature*> found;
+  for (Feature& feature : owner.features) {
+    if (!isComponent(feature)) continue;
+    if (id && feature.id == *id) return feature;
+    if (feature.component && isNamed(*feature.component, step)) found.push_back(&feature);
+  }
+  if (found.empty()) {
+    throw Failure(ExitCode::kUsage, fmt::format("{} has no component \"{}\"{}", displayName(owner), step,
+                                                didYouMean(step, componentNames(owner))));
+  }
+  if (found.size() > 1) {
+    std::vector<int> ids;
+    for (const Feature* feature : found) ids.push_back(feature->id);
+    throw Failure(ExitCode::kUsage, fmt::format("{} holds \"{}\" {} times: say which by its id, one of {}",
+                                                displayName(owner), step, ids.size(), fmt::join(ids, ", ")));
+  }
+  return *found.front();
+}
+
+std::vector<std::string> splitPath(const std::string& path) {
+  std::vector<std::string> steps;
+  std::size_t begin = 0;
+  while (begin <= path.size()) {
+    const std::size_t end = std::min(path.find('/', begin), path.size());
+    if (end > begin) steps.push_back(path.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return steps;
+}
+
+}  // namespace
+
+std::string displayName(const Model& model) {
+  return utf8FromWide(model.name) + (model.type == PRO_MDL_ASSEMBLY ? ".asm" : ".prt");
+}
+
+Component findComponent(Model& top, const std::string& path) {
+  Component result;
+  Model* owner = &top;
+  for (const std::string& step : splitPath(path)) {
+    if (!owner) {
+      throw Failure(ExitCode::kUsage,
+                    fmt::format("{}: component {} has no model in session", path, result.path.back()));
+    }
+    result.owner = owner;
+    result.feature = &findStep(*owner, step);
+    result.path.push_back(result.feature->id);
+    owner = result.feature->component;
+  }
+  if (!result.feature) throw Failure(ExitCode::kUsage, "a component path is expected, such as 3/5");
+  return result;
+}
+
+Model* findModelByName(Session& session, const std::string& name) {
+  for (const auto& model : session.models()) {
+    if (isNamed(*model, name)) return model.get();
+  }
+  return nullptr;
+}
+
+Model& requireModel(Session& session, const std::string& name) {
+  if (Model* model = findModelByName(session, name)) return *model;
+  std::vector<std::string> names;
+  for (const auto& model : session.models()) names.push_back(utf8FromWide(model->name));
+  throw Failure(ExitCode::kUsage, fmt::format("no model \"{}\" in session{}", name, didYouMean(name, names)));
+}
+
+}  // namespace standin

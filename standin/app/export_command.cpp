@@ -1,0 +1,116 @@
+#include "standin/app/export_command.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "standin/app/misuse.h"
+#include "standin/app/plugin_host.h"
+#include "standin/app/scratch_directory.h"
+#include "standin/app/settings_file.h"
+#include "standin/app/summary.h"
+#include "standin/app/workbench.h"
+#include "standin/windows/code_page.h"
+
+namespace standin {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kExportCommand = "Rendara Export";
+
+// The options are called as the settings are.
+void setOption(SettingsFile& settings, const std::string& name, const std::optional<std::string>& value) {
+  if (!value) return;
+  try {
+    settings.set(name, *value);
+  } catch (const Failure& failure) {
+    throw Failure(failure.code(), fmt::format("--{}", failure.what()));
+  }
+}
+
+void writeSettings(const ExportOptions& options) {
+  SettingsFile settings(SettingsFile::kName);
+  setOption(settings, "quality", options.quality);
+  setOption(settings, "up", options.upAxis);
+  settings.set("nurbs", options.noNurbs ? "off" : "on");
+  settings.set("shared-materials", options.sharedMaterials ? "on" : "off");
+  settings.save();
+}
+
+void refuseToOverwrite(const fs::path& input, const fs::path& output) {
+  std::error_code ignored;
+  if (fs::equivalent(input, output, ignored)) {
+    throw Failure(ExitCode::kUsage, fmt::format("{}: would be overwritten by the package", input.string()));
+  }
+}
+
+void answerQuestions(Session& session, const ExportOptions& options, const fs::path& package) {
+  session.fileAnswers.emplace_back(package);
+  const std::wstring name = wideFromUtf8(options.representation);
+  const auto& known = session.current->representations;
+  const auto isMeant = [&name](const SimplifiedRep& candidate) { return candidate.name == name; };
+  if (!name.empty() && std::none_of(known.begin(), known.end(), isMeant)) {
+    throw Failure(ExitCode::kUsage,
+                  fmt::format("{}: has no representation \"{}\"", options.model.string(), options.representation));
+  }
+  session.representationAnswers.emplace_back(name);
+}
+
+// Runs the command; a package that did not become complete is not left behind.
+WrittenPackage writePackage(Workbench& bench, const PackageFile& target) {
+  std::optional<RemovedOnSignal> removed;
+  if (target.ordinary()) removed.emplace(target.path(), RemovedOnSignal::Kind::kFile);
+  try {
+    const CommandReport report = bench.run(kExportCommand);
+    if (report.packages.empty()) {
+      throw Failure(ExitCode::kOutput, fmt::format("{}: the plug-in asked for no file", target.path().string()));
+    }
+    return report.packages.front();
+  } catch (const Failure&) {
+    std::error_code ignored;
+    if (target.changed()) fs::remove(target.path(), ignored);
+    throw;
+  }
+}
+
+// Ends the plug-in. Misuse outweighs another failure, which may well come from it.
+void finish(Session& session, PluginHost& plugin, const std::string& otherFailure) {
+  plugin.unload(session);
+  session.finish();
+  throwMisuse(session, plugin.file(), otherFailure);
+}
+
+}  // namespace
+
+void exportModel(const CommonOptions& common, const ExportOptions& options, std::ostream& output) {
+  ScratchDirectory scratch;
+  writeSettings(options);
+  const fs::path packagePath = scratch.origin() / options.output;
+  refuseToOverwrite(scratch.origin() / options.model, packagePath);
+  if (options.overlay) refuseToOverwrite(scratch.origin() / *options.overlay, packagePath);
+  const PackageFile target(packagePath);
+  target.checkPlace();
+
+  Session session;
+  session.messageFolder = common.messages;
+  PluginHost plugin(common.plugin);
+  Progress progress(stderr);
+  Workbench bench(session, plugin, progress, scratch.origin());
+  const auto begin = std::chrono::steady_clock::now();
+  bench.open(options.model, options.overlay);
+  const auto reading = std::chrono::steady_clock::now() - begin;
+
+  try {
+    answerQuestions(session, options, packagePath);
+    const WrittenPackage package = writePackage(bench, target);
+    printSummary(output, session, package, reading);
+  } catch (const Failure& failure) {
+    finish(session, plugin, failure.what());
+    throw;
+  }
+  finish(session, plugin, {});
+}
+
+}  // namespace standin

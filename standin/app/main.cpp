@@ -1,0 +1,5 @@
+#include "standin/app/program.h"
+
+int main(int argumentCount, char** arguments) {
+  return static_cast<int>(standin::runProgram(argumentCount, arguments));
+}

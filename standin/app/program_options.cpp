@@ -1,0 +1,136 @@
+#include "standin/app/program_options.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <vector>
+
+#include "standin/app/failure.h"
+#include "standin/app/installation.h"
+#include "standin/app/suggestion.h"
+
+namespace standin {
+namespace {
+
+constexpr const char* kExamples = R"(Examples:
+  creo-standin export pump.step pump.rpk
+  creo-standin export pump.step pump.rpk --quality 0.8 --no-nurbs --up z
+  creo-standin export pump.step pump.rpk --overlay layers.json
+  creo-standin run steps.txt
+  creo-standin                    (a prompt; "help" lists its commands)
+
+Exit status: 0 done, 2 usage, 3 the model cannot be opened, 4 no output, 5 the plug-in misused the session.)";
+
+std::vector<std::string> optionNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+// What was typed and is no option, command or file that is expected: said with the name that may have been meant.
+void rejectExtras(const CLI::App& app, const CLI::App& exportCommand, bool hasCommand) {
+  const std::vector<std::string> extras = app.remaining(true);
+  const auto option = std::find_if(extras.begin(), extras.end(),
+                                   [](const std::string& extra) { return extra.size() > 1 && extra[0] == '-'; });
+  if (option != extras.end()) {
+    std::vector<std::string> names = optionNames(app);
+    const std::vector<std::string> exportNames = optionNames(exportCommand);
+    names.insert(names.end(), exportNames.begin(), exportNames.end());
+    const std::string name = option->substr(0, option->find('='));
+    throw Failure(ExitCode::kUsage, fmt::format("unknown option {}{}", name, didYouMean(name, names)));
+  }
+  if (extras.empty()) return;
+  if (hasCommand) throw Failure(ExitCode::kUsage, fmt::format("unexpected argument \"{}\"", extras.front()));
+  throw Failure(ExitCode::kUsage,
+                fmt::format("unknown command \"{}\"{}", extras.front(), didYouMean(extras.front(), {"export", "run"})));
+}
+
+void addExportOptions(CLI::App& command, ExportOptions& options) {
+  command.add_option("MODEL", options.model, "STEP file to open")->required()->option_text(" ");
+  command.add_option("OUT", options.output, "Package to write, *.rpk")->required()->option_text(" ");
+  command.add_option("--quality", options.quality, "Tessellation quality, 0 to 1 (default 0.2)")->option_text("Q");
+  command.add_flag("--no-nurbs", options.noNurbs, "Leave out the exact surfaces");
+  command.add_flag("--shared-materials", options.sharedMaterials, "One material for parts of the same appearance");
+  command.add_option("--up", options.upAxis, "Axis that points up: x, y, z, -x, -y or -z (default y)")
+      ->option_text("AXIS");
+  command
+      .add_option("--overlay", options.overlay,
+                  "What STEP has not, as JSON (default: MODEL's name with .json, when it is there)")
+      ->option_text("FILE");
+  command
+      .add_option("--representation", options.representation,
+                  "Simplified representation to export (default: the master one)")
+      ->option_text("NAME");
+}
+
+unsigned parseCodePage(const std::string& text) {
+  unsigned codePage = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), codePage);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    throw Failure(ExitCode::kUsage, fmt::format("--code-page cannot be \"{}\": a number", text));
+  }
+  return codePage;
+}
+
+}  // namespace
+
+ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
+  ProgramOptions result;
+  const std::filesystem::path folder = programFolder();
+  result.common.plugin = findPlugin(folder);
+  result.common.messages = findMessages(folder);
+
+  CLI::App app("A headless stand-in for the CAD session that the Rendara plug-in runs in.", "creo-standin");
+  app.footer(kExamples);
+  app.set_version_flag("--version", std::string("creo-standin ") + RENDARA_VERSION);
+  app.set_help_flag("-h,--help", "This text");
+  app.fallthrough();
+  app.require_subcommand(0, 1);
+  app.allow_extras();
+  app.add_option("--plugin", result.common.plugin, "Plug-in to load (default: the one beside the program)")
+      ->option_text("FILE");
+  app.add_option("--messages", result.common.messages, "Folder of the message file")->option_text("FOLDER");
+  std::optional<std::string> codePage;
+  app.add_option("--code-page", codePage, "System code page of the session (default 1252)")->option_text("N");
+
+  ExportOptions exportOptions;
+  CLI::App* exportCommand = app.add_subcommand("export", "Opens a model and exports it to a package");
+  exportCommand->allow_extras();
+  addExportOptions(*exportCommand, exportOptions);
+  ScriptOptions scriptOptions;
+  CLI::App* runCommand = app.add_subcommand("run", "Runs the commands of a script");
+  runCommand->allow_extras();
+  std::filesystem::path script;
+  runCommand->add_option("SCRIPT", script, "File with a command a line; - for standard input")
+      ->required()
+      ->option_text(" ");
+
+  try {
+    app.parse(argumentCount, arguments);
+  } catch (const CLI::CallForHelp&) {
+    result.command = TextAnswer{app.help() + "\n"};
+    return result;
+  } catch (const CLI::CallForVersion& version) {
+    result.command = TextAnswer{std::string(version.what()) + "\n"};
+    return result;
+  } catch (const CLI::ParseError& error) {
+    // A mistyped option makes other arguments seem to be missing, so it is told first.
+    rejectExtras(app, *exportCommand, !app.get_subcommands().empty());
+    throw Failure(ExitCode::kUsage, error.what());
+  }
+  rejectExtras(app, *exportCommand, !app.get_subcommands().empty());
+  if (codePage) result.common.codePage = parseCodePage(*codePage);
+  if (exportCommand->parsed()) {
+    result.command = exportOptions;
+  } else {
+    if (runCommand->parsed() && script != "-") scriptOptions.script = script;
+    result.command = scriptOptions;
+  }
+  return result;
+}
+
+}  // namespace standin

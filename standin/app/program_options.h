@@ -1,0 +1,46 @@
+// What the command line says.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace standin {
+
+// Options of every way to run the program.
+struct CommonOptions {
+  std::filesystem::path plugin;
+  std::filesystem::path messages;
+  unsigned codePage = 1252;
+};
+
+struct ExportOptions {
+  std::filesystem::path model;
+  std::filesystem::path output;
+  std::optional<std::filesystem::path> overlay;
+  std::string representation;          // empty: the master one
+  std::optional<std::string> quality;  // none: the plug-in's default
+  std::optional<std::string> upAxis;
+  bool noNurbs = false;
+  bool sharedMaterials = false;
+};
+
+struct ScriptOptions {
+  std::optional<std::filesystem::path> script;  // none: standard input; a prompt when that is a terminal
+};
+
+// --help or --version were asked for.
+struct TextAnswer {
+  std::string text;
+};
+
+struct ProgramOptions {
+  CommonOptions common;
+  std::variant<ScriptOptions, ExportOptions, TextAnswer> command;
+};
+
+// Throws Failure(kUsage).
+ProgramOptions parseOptions(int argumentCount, const char* const* arguments);
+
+}  // namespace standin

@@ -1,0 +1,37 @@
+#include "standin/app/progress.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+namespace standin {
+namespace {
+
+constexpr std::chrono::milliseconds kPatience{500};
+constexpr std::chrono::milliseconds kInterval{100};
+constexpr const char* kClearLine = "\r\033[K";
+
+}  // namespace
+
+Progress::Progress(std::FILE* stream) : stream_(stream && isatty(fileno(stream)) ? stream : nullptr) { begin(); }
+
+void Progress::begin() {
+  end();
+  next_ = Clock::now() + kPatience;
+}
+
+void Progress::show(const std::string& text) {
+  if (!stream_ || Clock::now() < next_) return;
+  fmt::print(stream_, "{}{}", kClearLine, text);
+  std::fflush(stream_);
+  next_ = Clock::now() + kInterval;
+  shown_ = true;
+}
+
+void Progress::end() {
+  if (!shown_) return;
+  fmt::print(stream_, "{}", kClearLine);
+  std::fflush(stream_);
+  shown_ = false;
+}
+
+}  // namespace standin

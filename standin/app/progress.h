@@ -1,0 +1,32 @@
+// A line on the terminal that says how far long work is.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+namespace standin {
+
+class Progress {
+ public:
+  // Writes to the stream when it is a terminal; a null stream stays silent.
+  explicit Progress(std::FILE* stream);
+  ~Progress() { end(); }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  // Work begins: nothing shows until it has taken half a second.
+  void begin();
+  // Shows the text, which has no line break and fits a line. To be called as often as one likes.
+  void show(const std::string& text);
+  // Work is done: the line is cleared.
+  void end();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  std::FILE* stream_;
+  Clock::time_point next_{};
+  bool shown_ = false;
+};
+
+}  // namespace standin

@@ -1,0 +1,49 @@
+#include "standin/app/scratch_directory.h"
+
+#include <fmt/format.h>
+#include <stdlib.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+#include "standin/app/failure.h"
+#include "standin/app/settings_file.h"
+
+namespace standin {
+namespace {
+
+std::filesystem::path makeFolder() {
+  std::error_code error;
+  const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
+  std::string pattern = (parent / "creo-standin-XXXXXX").string();
+  if (error || !mkdtemp(pattern.data())) {
+    const std::string reason = error ? error.message() : std::generic_category().message(errno);
+    throw Failure(ExitCode::kOutput,
+                  fmt::format("{}: no folder for temporary files can be made: {}", parent.string(), reason));
+  }
+  return pattern;
+}
+
+}  // namespace
+
+ScratchDirectory::ScratchDirectory()
+    : origin_(std::filesystem::current_path()),
+      path_(makeFolder()),
+      removedFolder_(path_, RemovedOnSignal::Kind::kFolder),
+      removedSettings_(path_ / SettingsFile::kName, RemovedOnSignal::Kind::kFile) {
+  std::error_code error;
+  std::filesystem::current_path(path_, error);
+  if (error) {
+    std::filesystem::remove(path_, error);
+    throw Failure(ExitCode::kOutput, fmt::format("{}: cannot be entered", path_.string()));
+  }
+}
+
+ScratchDirectory::~ScratchDirectory() {
+  std::error_code ignored;
+  std::filesystem::current_path(origin_, ignored);
+  std::filesystem::remove_all(path_, ignored);
+}
+
+}  // namespace standin

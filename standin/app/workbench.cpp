@@ -1,0 +1,105 @@
+#include "standin/app/workbench.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "standin/app/component_lookup.h"
+#include "standin/app/failure.h"
+#include "standin/app/suggestion.h"
+#include "standin/windows/code_page.h"
+
+namespace standin {
+namespace {
+
+std::vector<std::string> commandNames(Session& session) {
+  std::vector<std::string> names;
+  for (const Command& command : session.commands()) names.push_back(command.name);
+  return names;
+}
+
+void checkReadable(const std::filesystem::path& file) {
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (std::filesystem::is_directory(status)) error = std::make_error_code(std::errc::is_a_directory);
+  if (error) throw Failure(ExitCode::kModel, fmt::format("{}: {}", file.string(), error.message()));
+}
+
+}  // namespace
+
+Workbench::Workbench(Session& session, Plugin& plugin, Progress& progress, std::filesystem::path folder,
+                     ModelReader reader)
+    : session_(session), plugin_(plugin), progress_(progress), folder_(std::move(folder)), reader_(std::move(reader)) {}
+
+void Workbench::open(const std::filesystem::path& file, const std::optional<std::filesystem::path>& overlay) {
+  const std::filesystem::path resolved = resolve(file);
+  checkReadable(resolved);
+  Model* const modelBefore = session_.current;
+  const ProMode modeBefore = session_.mode;
+  progress_.begin();
+  const LoadResult loaded = reader_(session_, resolved, [this](double share) {
+    progress_.show(fmt::format("reading the model: {:.0f} %", 100 * share));
+    return true;
+  });
+  progress_.end();
+  try {
+    if (!loaded.model) throw Failure(ExitCode::kModel, fmt::format("{}: {}", resolved.string(), loaded.error));
+    session_.current = loaded.model;
+    applyFittingOverlay(resolved, overlay);
+  } catch (const Failure&) {
+    session_.current = modelBefore;
+    session_.mode = modeBefore;
+    throw;
+  }
+}
+
+void Workbench::applyFittingOverlay(const std::filesystem::path& file,
+                                    const std::optional<std::filesystem::path>& overlay) {
+  std::error_code ignored;
+  std::filesystem::path chosen = overlay ? resolve(*overlay) : std::filesystem::path(file).replace_extension(".json");
+  if (overlay) checkReadable(chosen);
+  if (!std::filesystem::exists(chosen, ignored)) return;
+  const std::string error = applyOverlay(session_, *session_.current, chosen);
+  if (!error.empty()) throw Failure(ExitCode::kModel, fmt::format("{}: {}", chosen.string(), error));
+}
+
+std::optional<int> Workbench::runShowingProgress(const std::string& commandName) {
+  progress_.begin();
+  session_.onTessellated = [this](std::size_t count) {
+    progress_.show(fmt::format("tessellating: {} surfaces", count));
+  };
+  const std::optional<int> result = session_.runCommand(commandName);
+  session_.onTessellated = nullptr;
+  progress_.end();
+  return result;
+}
+
+CommandReport Workbench::run(const std::string& commandName) {
+  plugin_.load();
+  if (!session_.findCommand(commandName)) {
+    throw Failure(ExitCode::kUsage, fmt::format("the plug-in has no command \"{}\"{}", commandName,
+                                                didYouMean(commandName, commandNames(session_))));
+  }
+  // The answers that the command takes are gone from the session afterwards.
+  const std::deque<FileAnswer> answers = session_.fileAnswers;
+  std::vector<PackageFile> awaited;
+  for (const FileAnswer& answer : answers) awaited.emplace_back(answer.value_or(std::filesystem::path()));
+  const std::size_t dialogsBefore = session_.dialogsShown.size();
+  forgetFileFailures();
+
+  CommandReport report;
+  report.result = runShowingProgress(commandName).value_or(0);
+  report.dialogs.assign(session_.dialogsShown.begin() + static_cast<std::ptrdiff_t>(dialogsBefore),
+                        session_.dialogsShown.end());
+  if (const auto failure = fileFailure()) {
+    throw Failure(ExitCode::kOutput, fmt::format("{}: {}", failure->path.string(), failure->message));
+  }
+  const std::size_t taken = answers.size() - session_.fileAnswers.size();
+  for (std::size_t i = 0; i < taken; ++i) {
+    if (!answers[i]) continue;
+    report.packages.push_back({*answers[i], awaited[i].check(session_.current != nullptr)});
+  }
+  return report;
+}
+
+}  // namespace standin

@@ -1,0 +1,64 @@
+// The session with the plug-in in it: what both the one-shot export and the scripts do with them.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "standin/app/package_file.h"
+#include "standin/app/plugin_host.h"
+#include "standin/app/progress.h"
+#include "standin/cad/session.h"
+#include "standin/step/step_loader.h"
+
+namespace standin {
+
+// How a model file comes into the session.
+using ModelReader = std::function<LoadResult(Session&, const std::filesystem::path&, const LoadProgress&)>;
+
+// A package that a command wrote where a file dialog was answered with its path.
+struct WrittenPackage {
+  std::filesystem::path path;
+  std::optional<rpk::PackageCounts> counts;  // none for devices and pipes
+};
+
+// What a ribbon command did.
+struct CommandReport {
+  int result = 0;  // of the command's action
+  std::vector<WrittenPackage> packages;
+  std::vector<std::string> dialogs;  // shown, in order
+};
+
+class Workbench {
+ public:
+  // Relative paths mean `folder`.
+  Workbench(Session& session, Plugin& plugin, Progress& progress, std::filesystem::path folder,
+            ModelReader reader = loadStep);
+
+  Session& session() { return session_; }
+  Plugin& plugin() { return plugin_; }
+  std::filesystem::path resolve(const std::filesystem::path& path) const { return folder_ / path; }
+
+  // Opens a model and applies the overlay: the given one, or the file of the model's name with ".json" beside it when
+  // there is one. Throws Failure(kModel) and keeps the model that was open.
+  void open(const std::filesystem::path& file, const std::optional<std::filesystem::path>& overlay);
+
+  // Runs a command of the plug-in, which is loaded when it is not. Throws Failure when there is no such command, and
+  // when a path that a file dialog was answered with is not a complete package afterwards.
+  CommandReport run(const std::string& commandName);
+
+ private:
+  void applyFittingOverlay(const std::filesystem::path& file, const std::optional<std::filesystem::path>& overlay);
+  // Runs the action with the progress of the tessellation on display.
+  std::optional<int> runShowingProgress(const std::string& commandName);
+
+  Session& session_;
+  Plugin& plugin_;
+  Progress& progress_;
+  std::filesystem::path folder_;
+  ModelReader reader_;
+};
+
+}  // namespace standin

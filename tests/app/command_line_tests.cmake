@@ -1,0 +1,16 @@
+add_standin_test(help ARGS --help EXIT 0 OUTPUT "--plugin FILE.*--code-page.*export.*run.*Examples:.*creo-standin export pump.step")
+add_standin_test(export_help ARGS export --help EXIT 0 OUTPUT "MODEL.*--no-nurbs")
+add_standin_test(version ARGS --version EXIT 0 OUTPUT "^creo-standin ${PROJECT_VERSION}\n$")
+add_standin_test(mistyped_option ARGS export a.step b.rpk --no-nurb EXIT 2
+  ERROR "^creo-standin: unknown option --no-nurb. did you mean --no-nurbs[?]\n$")
+add_standin_test(mistyped_command ARGS exprot a.step b.rpk EXIT 2
+  ERROR "^creo-standin: unknown command \"exprot\". did you mean export[?]\n$")
+add_standin_test(missing_argument ARGS export a.step EXIT 2 ERROR "^creo-standin: OUT is required\n$")
+add_standin_test(quality_no_number ARGS export a.step b.rpk --quality fine EXIT 2
+  ERROR "^creo-standin: --quality cannot be \"fine\": a number from 0 to 1\n$")
+add_standin_test(quality_out_of_range ARGS export a.step b.rpk --quality 1.5 EXIT 2
+  ERROR "^creo-standin: --quality cannot be \"1.5\": a number from 0 to 1\n$")
+add_standin_test(up_unknown ARGS export a.step b.rpk --up=w EXIT 2
+  ERROR "^creo-standin: --up cannot be \"w\": x, y, z, -x, -y, -z\n$")
+add_standin_test(code_page_unknown ARGS export a.step b.rpk --code-page 77 EXIT 2
+  ERROR "^creo-standin: code page 77 is not known\n$")

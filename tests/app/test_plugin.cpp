@@ -1,0 +1,105 @@
+// A plug-in that does wrong on purpose, one way per command. With RENDARA_TEST_REFUSES its entry reports a failure;
+// with RENDARA_TEST_INTERRUPTS its export is interrupted by the user half-way.
+#include <csignal>
+#include <cstdio>
+#include <string>
+
+#include "platform/creo_toolkit.h"
+#include "platform/windows_api.h"
+
+namespace {
+
+#ifdef RENDARA_TEST_INTERRUPTS
+constexpr bool kInterrupts = true;
+#else
+constexpr bool kInterrupts = false;
+#endif
+#ifdef RENDARA_TEST_REFUSES
+constexpr bool kRefuses = true;
+#else
+constexpr bool kRefuses = false;
+#endif
+
+ProMdl currentModel() {
+  ProMdl model = nullptr;
+  ProMdlCurrentGet(&model);
+  return model;
+}
+
+// Writes the text where the user wants it; nothing when he cancels.
+void writeWhereAsked(const std::string& text, bool interrupted) {
+  wchar_t title[] = L"Save as rpk";
+  wchar_t filter[] = L"*.rpk";
+  ProPath folder = L"";
+  ProFileName name = L"";
+  ProPath path = L"";
+  if (ProFileSave(title, filter, nullptr, nullptr, folder, name, path) != PRO_TK_NO_ERROR) return;
+  std::FILE* file = _wfopen(path, L"wb+");
+  if (!file) return;
+  std::fwrite(text.data(), 1, text.size(), file);
+  std::fflush(file);
+  if (interrupted) raise(SIGTERM);
+  std::fclose(file);
+}
+
+int exportCut(uiCmdCmdId, uiCmdValue*, void*) {
+  if (std::FILE* settings = std::fopen("rendara_plugin_settings.xml", "a")) std::fclose(settings);
+  writeWhereAsked("\ngroup \"cut\" {\n", kInterrupts);
+  return 0;
+}
+
+int exportComplete(uiCmdCmdId, uiCmdValue*, void*) {
+  writeWhereAsked("\ngroup \"complete\" {\n}\n", false);
+  return 0;
+}
+
+int leak(uiCmdCmdId, uiCmdValue*, void*) {
+  WVerstamp stamp = nullptr;
+  ProMdlVerstampGet(currentModel(), &stamp);
+  return 0;
+}
+
+// Reads one element past the layers of each component that is on any.
+int readPast(uiCmdCmdId, uiCmdValue*, void*) {
+  const auto visit = [](ProFeature* feature, ProError, ProAppData) {
+    ProLayerItem item = {};
+    ProLayer* layers = nullptr;
+    ProLayerItemInit(PRO_LAYER_FEAT, feature->id, feature->owner, &item);
+    if (ProLayeritemLayersGet(&item, &layers) != PRO_TK_NO_ERROR) return PRO_TK_NO_ERROR;
+    int count = 0;
+    ProArraySizeGet(static_cast<ProArray>(layers), &count);
+    const volatile ProLayer* end = layers + count;
+    static_cast<void>(static_cast<int>(end->type));
+    auto array = static_cast<ProArray>(layers);
+    ProArrayFree(&array);
+    return PRO_TK_NO_ERROR;
+  };
+  ProSolidFeatVisit(static_cast<ProSolid>(currentModel()), visit, nullptr, nullptr);
+  return 0;
+}
+
+int crash(uiCmdCmdId, uiCmdValue*, void*) {
+  volatile int* volatile nowhere = nullptr;
+  *nowhere = 1;
+  return 0;
+}
+
+void add(const char* name, uiCmdCmdActFn action) {
+  std::string text = name;
+  uiCmdCmdId id = 0;
+  const auto available = [](uiCmdAccessMode) { return ACCESS_AVAILABLE; };
+  ProCmdActionAdd(text.data(), action, 0, available, PRO_B_TRUE, PRO_B_TRUE, &id);
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) int user_initialize_plus() {
+  add("Rendara Export", exportCut);
+  add("Complete", exportComplete);
+  add("Leak", leak);
+  add("Read past", readPast);
+  add("Crash", crash);
+  return kRefuses ? -1 : 0;
+}
+
+extern "C" __attribute__((visibility("default"))) void user_terminate_plus() {}
