@@ -75,7 +75,7 @@ std::string Allocations::describe(const void* memory, AllocationKind kind) const
   const std::string name = nameOf(kind, false);
   const auto found = live_.find(memory);
   if (found != live_.end()) {
-    return "a pointer of " + std::string(found->second.operation) + " was taken for that of a " + name;
+    return "what " + std::string(found->second.operation) + " gave out is no " + name;
   }
   if (freed_[freedSlot(memory)] == memory) {
     return "the " + name + " was freed before";

@@ -35,6 +35,7 @@ std::size_t convert(void* descriptor, const char* input, std::size_t inputSize, 
   if (iconv(descriptor, &from, &inputSize, &to, &left) == static_cast<std::size_t>(-1) || inputSize != 0) {
     return 0;
   }
+  iconv(descriptor, nullptr, nullptr, &to, &left);  // some pages hold a letter back for a mark that may follow
   return outputSize - left;
 }
 
@@ -161,8 +162,9 @@ CodedCharacter CodePageTable::convertCharacter(char32_t character) {
   }
   std::array<char, 8> bytes{};
   const std::size_t length = rawBytes(character, bytes);
-  if (length == 0 || length > result.bytes.size()) {
-    return result;
+  const bool isPair = length == 2 && isLeadByte(static_cast<unsigned char>(bytes[0]));
+  if (length != 1 && !isPair) {
+    return result;  // two bytes without a lead byte are a letter and its mark, taken apart
   }
   result.bytes = {bytes[0], bytes[1]};
   result.length = static_cast<std::uint8_t>(length);
