@@ -32,7 +32,7 @@ vntScene_api_file::~vntScene_api_file() { std::setlocale(LC_NUMERIC, savedLocale
 void* vntScene_api_file::destroy(unsigned deletingFlag) {
   void* address = this;
   this->~vntScene_api_file();
-  if ((deletingFlag & 1) != 0) ::operator delete(address, sizeof(vntScene_api_file));
+  if ((deletingFlag & 1) != 0) ::operator delete(address);
   return address;
 }
 

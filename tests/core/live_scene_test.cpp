@@ -1,0 +1,216 @@
+// Render and Update against a recording scene in the renderer's place.
+#include <string>
+#include <vector>
+
+#include "tests/core/plugin_fixture.h"
+
+namespace rendara {
+namespace {
+
+using standin::Feature;
+using standin::Model;
+using standin::test::addAssembly;
+using standin::test::addBoxPart;
+using standin::test::openModel;
+
+// top: unit (gear, gear), shaft
+class LiveScene : public testing::PluginTest {
+ protected:
+  LiveScene() {
+    unit.addComponent(gear, standin::kIdentity);
+    unit.addComponent(gear, standin::kIdentity);
+    unitComponent = top.addComponent(unit, standin::kIdentity).id;
+    shaftComponent = top.addComponent(shaft, standin::kIdentity).id;
+    openModel(session, top);
+  }
+
+  std::string header() {
+    std::string text;
+    for (const std::string& call : link->scene.calls()) {
+      text += call + "\n";
+      if (call == "endLoad") {
+        break;
+      }
+    }
+    return text;
+  }
+  std::string updatedTree() { return update(), tree(); }
+
+  const std::string nothing = "top(unit.asm(gear.prt()gear.prt())shaft.prt())";
+  const std::string everything = "top(unit.asm(gear.prt(*)gear.prt(@))shaft.prt(*))";
+
+  Model& gear = addBoxPart(session, L"gear");
+  Model& shaft = addBoxPart(session, L"shaft");
+  Model& unit = addAssembly(session, L"unit");
+  Model& top = addAssembly(session, L"top");
+  int unitComponent = 0;
+  int shaftComponent = 0;
+};
+
+TEST_F(LiveScene, RenderHasItsOwnHeaderAndOptions) {
+  top.lengthUnit = L"in";
+  plugin().settings.upAxis = 9;
+  render();
+  EXPECT_EQ(header(),
+            "writeFormatted \"//---vantor:dal:4---\\n\"\n"
+            "writeFormatted \"//---import:dal:1---\\n\"\n"
+            "writeFormatted \"// This is a Rendara scene file\\n\\n\"\n"
+            "beginLoad \"vntrtopt.so\"\n"
+            "parameter \"import_mode\" 7 on\n"
+            "parameter \"import_merge_groups\" 7 off\n"
+            "parameter \"import_merge_objects\" 7 off\n"
+            "parameter \"import_adjust_environment\" 7 on\n"
+            "parameter \"import_keep_original\" 7 on\n"
+            "parameter \"import_up_vector\" 6 9\n"
+            "parameter \"meter_scale\" 3 39.37008\n"
+            "parameter \"ext\" 7 off\n"
+            "endLoad\n");
+  EXPECT_EQ(link->scene.calls()[13], "beginGroup \"top\" noDefine");
+  EXPECT_EQ(link->scene.calls()[14], "flags 0x8000");
+  EXPECT_EQ(link->scene.calls().back(), "endScene");
+  EXPECT_EQ(link->modes, std::vector<LinkMode>{LinkMode::kLaunch});
+  plugin().settings.includeNURBS = true;
+  EXPECT_EQ(render().calls().front(), "writeFormatted \"//---vantor:dal:7---\\n\"");
+}
+
+TEST_F(LiveScene, UpdateHasItsOwnHeaderAndOptions) {
+  update();
+  EXPECT_EQ(header(),
+            "writeFormatted \"//---vantor:dal:7---\\n\"\n"
+            "writeFormatted \"//---import:dal:1---\\n\"\n"
+            "writeFormatted \"// This is a Rendara scene file\\n\\n\"\n"
+            "beginLoad \"vntrtopt.so\"\n"
+            "parameter \"import_mode\" 7 on\n"
+            "parameter \"import_merge_groups\" 7 off\n"
+            "parameter \"import_merge_objects\" 7 off\n"
+            "parameter \"import_adjust_environment\" 7 on\n"
+            "parameter \"import_adjust_camera\" 7 off\n"
+            "parameter \"import_keep_original\" 7 on\n"
+            "parameter \"import_up_vector\" 6 1\n"
+            "parameter \"meter_scale\" 3 1000\n"
+            "parameter \"ext\" 7 off\n"
+            "endLoad\n");
+  EXPECT_EQ(link->scene.calls()[14], "beginGroup \"top\" noDefine");
+  EXPECT_EQ(link->scene.calls()[15], "flags 0x8000");
+  EXPECT_EQ(link->modes, std::vector<LinkMode>{LinkMode::kUpdate});
+}
+
+TEST_F(LiveScene, UnreachableRendererFailsAloudInRenderAndSilentlyInUpdate) {
+  link->reachable = false;
+  ::testing::internal::CaptureStdout();
+  render();
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "Failed");
+  ::testing::internal::CaptureStdout();
+  update();
+  plugin().rendererLink.reset();
+  EXPECT_EQ(session.runCommand("Rendara Update"), 0);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+  EXPECT_FALSE(plugin().updateInProgress);
+}
+
+TEST_F(LiveScene, LinkIsReleasedAfterEveryCommand) {
+  render();
+  update();
+  link->reachable = false;
+  ::testing::internal::CaptureStdout();
+  render();
+  ::testing::internal::GetCapturedStdout();
+  EXPECT_EQ(link->releases, 3);
+  EXPECT_EQ(plugin().sceneOutput.scene, nullptr);
+}
+
+TEST_F(LiveScene, UpdateSendsWhatChangedSinceItWasSent) {
+  render();
+  EXPECT_EQ(tree(), everything);
+  EXPECT_EQ(updatedTree(), nothing);
+  session.touch(gear);
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt(*)gear.prt(@))shaft.prt())");
+  EXPECT_EQ(updatedTree(), nothing);
+  top.addComponent(gear, standin::kIdentity);
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt()gear.prt(*))") << "a new path";
+}
+
+TEST_F(LiveScene, SettingsThatChangeTheMeshMakeEverythingChanged) {
+  render();
+  plugin().settings.tessellationQuality = 0.5;
+  EXPECT_EQ(updatedTree(), everything);
+  EXPECT_EQ(updatedTree(), nothing);
+  plugin().settings.separateMaterials = false;
+  EXPECT_EQ(updatedTree(), everything);
+  plugin().settings.upAxis = 2;
+  EXPECT_EQ(updatedTree(), nothing) << "the up axis is an option of the import";
+}
+
+TEST_F(LiveScene, AnotherInstanceGetsEverything) {
+  render();
+  link->port = 20001;
+  EXPECT_EQ(updatedTree(), everything);
+  EXPECT_EQ(updatedTree(), nothing);
+  link->newInstance = true;
+  EXPECT_EQ(updatedTree(), everything);
+}
+
+TEST_F(LiveScene, ASceneThatDidNotArriveIsNotTakenAsSent) {
+  link->scene.setAnswers(true, false);
+  render();
+  link->scene.setAnswers(true, true);
+  EXPECT_EQ(updatedTree(), everything);
+  session.touch(shaft);
+  link->scene.setAnswers(true, false);
+  update();
+  link->scene.setAnswers(true, true);
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt(*))");
+}
+
+TEST_F(LiveScene, APackageInBetweenChangesNothingOfTheLink) {
+  render();
+  session.touch(gear);
+  session.fileAnswers.emplace_back(folder.path() / "between.rpk");
+  run("Rendara Export");
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt(*)gear.prt(@))shaft.prt())");
+}
+
+TEST_F(LiveScene, NewlyExcludedComponentsAreWrittenLikeUnchangedOnes) {
+  render();
+  standin::SimplifiedRep& representation = top.addRepresentation(L"without");
+  representation.items = {{{shaftComponent}, PRO_SIMPREP_EXCLUDE}};
+  session.touch(shaft);
+  EXPECT_EQ(updatedTree(), nothing);
+  representation.items.clear();
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt(*))") << "the change was never sent";
+}
+
+TEST_F(LiveScene, ManualUpdateSendsPicksAndWhatLiesBelowThem) {
+  render();
+  plugin().settings.selectionMode = kManualSelection;
+  using Picks = std::vector<std::vector<int>>;
+  session.selectionAnswers = {Picks{{shaftComponent}}, Picks{{unitComponent}}, Picks{{}}, Picks{}, std::nullopt};
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt(*))");
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt(*)gear.prt(@))shaft.prt())");
+  EXPECT_EQ(updatedTree(), everything) << "the top assembly itself";
+  EXPECT_EQ(updatedTree(), nothing) << "no picks";
+  const std::size_t updates = link->modes.size();
+  update();
+  EXPECT_EQ(link->modes.size(), updates) << "a cancelled selection ends the command";
+  EXPECT_FALSE(plugin().updateInProgress);
+  EXPECT_EQ(session.selectionsAsked, 5);
+}
+
+TEST_F(LiveScene, OnlyAssembliesInManualModeAskForASelection) {
+  update();
+  openModel(session, gear);
+  plugin().settings.selectionMode = kManualSelection;
+  EXPECT_EQ(updatedTree(), "gear(gear(*))");
+  EXPECT_EQ(session.selectionsAsked, 0);
+}
+
+TEST_F(LiveScene, RenderWritesAPackageWhenItIsToldTo) {
+  plugin().exportToFile = true;
+  plugin().settings.exportPath = (folder.path() / "render.rpk").wstring();
+  render();
+  EXPECT_TRUE(link->modes.empty());
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "render.rpk"));
+}
+
+}  // namespace
+}  // namespace rendara
