@@ -1,7 +1,9 @@
 #include "standin/step/step_file.h"
 
 #include <IFSelect_ReturnStatus.hxx>
+#include <Interface_Check.hxx>
 #include <Interface_InterfaceModel.hxx>
+#include <Interface_ReportEntity.hxx>
 #include <Interface_Static.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
@@ -9,14 +11,21 @@
 #include <Message_ProgressScope.hxx>
 #include <STEPCAFControl_ExternFile.hxx>
 #include <STEPCAFControl_Reader.hxx>
+#include <STEPConstruct_ExternRefs.hxx>
 #include <STEPControl_Controller.hxx>
 #include <Standard_Failure.hxx>
+#include <StepRepr_ItemDefinedTransformation.hxx>
+#include <StepRepr_RepresentationItem.hxx>
+#include <StepRepr_RepresentationRelationship.hxx>
+#include <TCollection_HAsciiString.hxx>
 #include <XCAFDoc_ShapeTool.hxx>
+#include <XSControl_WorkSession.hxx>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <new>
+#include <set>
 #include <string_view>
 #include <system_error>
 
@@ -98,14 +107,66 @@ std::string checkFrame(const fs::path& path) {
   return {};
 }
 
-std::string checkReferences(const STEPCAFControl_Reader& reader, const fs::path& path) {
+// Entities that Open CASCADE follows without a look whether they are whole: shapes, placements and colours. Others
+// that it did not understand are left out by it and do no harm; real files have some.
+bool isVital(const Handle(Standard_Transient) & entity) {
+  const std::string_view kind = entity->DynamicType()->Name();
+  const auto starts = [kind](std::string_view with) { return kind.substr(0, with.size()) == with; };
+  if (entity->IsKind(STANDARD_TYPE(StepRepr_RepresentationItem))) return starts("StepGeom_") || starts("StepShape_");
+  return entity->IsKind(STANDARD_TYPE(StepRepr_RepresentationRelationship)) ||
+         entity->IsKind(STANDARD_TYPE(StepRepr_ItemDefinedTransformation)) || starts("StepVisual_FillArea") ||
+         starts("StepVisual_SurfaceS");
+}
+
+std::string damage(std::string reason) {
+  std::replace(reason.begin(), reason.end(), '\n', ' ');
+  return "the STEP text is damaged: " + reason;
+}
+
+// A reference that leads nowhere, or to an entity of a wrong kind, makes Open CASCADE run into null pointers later, so
+// the file is refused here.
+std::string checkContents(const Handle(XSControl_WorkSession) & session) {
+  const Handle(Interface_InterfaceModel) model = session->Model();
+  const Handle(Interface_Check) whole = model->GlobalCheck(true);
+  if (!whole.IsNull() && whole->NbFails() != 0) return damage(whole->CFail(1));
+  for (int i = 1; i <= model->NbEntities(); ++i) {
+    if (!model->IsReportEntity(i)) continue;
+    const Handle(Interface_ReportEntity) report = model->ReportEntity(i);
+    const Handle(Interface_Check) check = report->Check();
+    if (check->HasFailed() && isVital(report->Concerned())) {
+      return damage(std::string(model->StringLabel(model->Value(i))->ToCString()) + ": " + check->CFail(1));
+    }
+  }
+  return {};
+}
+
+// Looks through the files that a file refers to, at whatever depth, before any shape is made.
+std::string checkReferences(const Handle(XSControl_WorkSession) & session, const fs::path& folder,
+                            std::set<std::string>& seen) {
+  STEPConstruct_ExternRefs references(session);
+  references.LoadExternRefs();
+  for (int i = 1; i <= references.NbExternRefs(); ++i) {
+    const char* const text = references.FileName(i);
+    const std::string name = text == nullptr ? "" : text;
+    if (name.empty() || !seen.insert(name).second) continue;
+    const std::string place = "refers to " + name + ": ";
+    std::string error = checkFrame(folder / name);
+    if (!error.empty()) return place + error;
+    STEPControl_Reader reader;
+    if (reader.ReadFile((folder / name).c_str()) != IFSelect_RetDone) return place + "the STEP text cannot be read";
+    error = checkContents(reader.WS());
+    if (!error.empty()) return place + error;
+    error = checkReferences(reader.WS(), folder, seen);
+    if (!error.empty()) return error;
+  }
+  return {};
+}
+
+std::string checkLoadedReferences(const STEPCAFControl_Reader& reader) {
   using ExternFiles = NCollection_DataMap<TCollection_AsciiString, Handle(STEPCAFControl_ExternFile)>;
   for (ExternFiles::Iterator it(reader.ExternFiles()); it.More(); it.Next()) {
-    const std::string name = it.Key().ToCString();
-    const std::string frame = checkFrame(path.parent_path() / name);
-    if (!frame.empty()) return "refers to " + name + ": " + frame;
     if (it.Value()->GetLoadStatus() != IFSelect_RetDone || !it.Value()->GetTransferStatus()) {
-      return "refers to " + name + ": it cannot be read";
+      return std::string("refers to ") + it.Key().ToCString() + ": it cannot be read";
     }
   }
   return {};
@@ -120,6 +181,10 @@ std::string read(const fs::path& path, const LoadProgress& progress, StepFile& f
   reader.SetLayerMode(true);
   if (progress && !progress(0.0)) return "stopped";
   if (reader.ReadFile(path.c_str()) != IFSelect_RetDone) return "the STEP text cannot be read";
+  std::string broken = checkContents(reader.Reader().WS());
+  std::set<std::string> seen = {path.filename().string()};
+  if (broken.empty()) broken = checkReferences(reader.Reader().WS(), path.parent_path(), seen);
+  if (!broken.empty()) return broken;
   if (progress && !progress(kParseShare)) return "stopped";
   if (reader.NbRootsForTransfer() == 0) return "the STEP file holds no shapes";
   file.unit = lengthUnitOf(reader.ChangeReader());
@@ -127,7 +192,7 @@ std::string read(const fs::path& path, const LoadProgress& progress, StepFile& f
   Handle(ProgressBridge) bridge = new ProgressBridge(progress);
   const bool done = reader.Transfer(file.document, bridge->Start());
   if (bridge->stopped()) return "stopped";
-  std::string broken = checkReferences(reader, path);
+  broken = checkLoadedReferences(reader);
   if (!broken.empty()) return broken;
   return done ? std::string() : "the shapes of the STEP file cannot be read";
 }
