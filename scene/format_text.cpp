@@ -99,6 +99,8 @@ void toUpper(char* first, char* last) {
 
 // ----- Integers
 
+// Some of the types are the same on some platforms.
+// NOLINTBEGIN(bugprone-branch-clone)
 std::intmax_t signedArgument(Arguments& arguments, Length length) {
   switch (length) {
     case Length::kChar:
@@ -138,6 +140,7 @@ std::uintmax_t unsignedArgument(Arguments& arguments, Length length) {
       return va_arg(arguments.list, unsigned);
   }
 }
+// NOLINTEND(bugprone-branch-clone)
 
 void putMagnitude(Output& out, const Conversion& conversion, std::uintmax_t magnitude, int base,
                   std::string_view prefix) {
