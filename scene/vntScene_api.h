@@ -12,16 +12,16 @@ namespace rendara {
 
 // The type of a value that is handed to `parameter` and `arrayValue`.
 enum SceneValueType : int {
-  kFloat3 = 1,    // three floats: a vector or a colour
-  kFloat4 = 2,    // four floats
-  kFloat = 3,     // one float
-  kDouble = 4,    // one double
-  kDouble3 = 5,   // three doubles
-  kInt = 6,       // one 32-bit signed integer
-  kBool = 7,      // one boolean, held as a 32-bit integer
-  kMatrix = 9,    // sixteen doubles
-  kString = 10,   // the value is the character pointer itself
-  kCapture = 11,  // the value points to a pointer to a CaptureBuffer
+  kFloat3 = 1,      // three floats: a vector or a colour
+  kFloat4 = 2,      // four floats
+  kFloat = 3,       // one float
+  kDouble = 4,      // one double
+  kDouble3 = 5,     // three doubles
+  kInt = 6,         // one 32-bit signed integer
+  kBool = 7,        // one boolean, held as a 32-bit integer
+  kMatrix = 9,      // sixteen doubles
+  kString = 10,     // the value is the character pointer itself
+  kCapture = 11,    // the value points to a pointer to a CaptureBuffer
   kStringRef = 13,  // the value points to a character pointer
   kFloat2 = 14,
   kFloat4b = 15,
@@ -43,9 +43,9 @@ struct SceneArray {
 // The text of a block that is captured instead of written. Its owner is the scene object that made it.
 struct CaptureBuffer {
   char label[6] = "ERROR";
-  char* data = nullptr;   // not terminated
+  char* data = nullptr;  // not terminated
   int length = 0;
-  int capacity = -1;      // -1: nothing allocated yet
+  int capacity = -1;           // -1: nothing allocated yet
   bool holdsRawBytes = false;  // bytes of explicit length were appended; the content is no longer plain text
 };
 
