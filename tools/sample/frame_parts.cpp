@@ -71,7 +71,7 @@ TopoDS_Shape barrel() {
   outline.emplace_back(36, kWallHalfWidth);
   outline.emplace_back(36, kWallHalfWidth + 8);
   outline.emplace_back(kLiner, kWallHalfWidth + 8);
-  constexpr int kFins = 8;
+  constexpr int kFins = 7;
   for (int fin = 0; fin < kFins; ++fin) {
     const double place = kWallHalfWidth + 14 + 7.5 * fin;
     outline.emplace_back(kLiner, place);
