@@ -179,6 +179,12 @@ std::string read(const fs::path& path, const LoadProgress& progress, StepFile& f
   reader.SetNameMode(true);
   reader.SetColorMode(true);
   reader.SetLayerMode(true);
+  // What a session has no place for: not read, it cannot fail either.
+  reader.SetPropsMode(false);
+  reader.SetSHUOMode(false);
+  reader.SetGDTMode(false);
+  reader.SetMatMode(false);
+  reader.SetViewMode(false);
   if (progress && !progress(0.0)) return "stopped";
   if (reader.ReadFile(path.c_str()) != IFSelect_RetDone) return "the STEP text cannot be read";
   std::string broken = checkContents(reader.Reader().WS());
