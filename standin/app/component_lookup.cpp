@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cwctype>
 #include <optional>
@@ -56,35 +57,67 @@ std::vector<std::string> componentNames(const Model& owner) {
   return names;
 }
 
-Feature& findStep(Model& owner, const std::string& step) {
-  const std::optional<int> id = asId(step);
+// One step of a path.
+struct Step {
+  std::string name;  // without escapes
+  std::optional<int> id;
+  std::optional<int> occurrence;  // from 1
+};
+
+[[noreturn]] void failAmbiguous(const Model& owner, const Step& step, const std::vector<Feature*>& found) {
+  std::vector<int> ids;
+  ids.reserve(found.size());
+  for (const Feature* feature : found) ids.push_back(feature->id);
+  throw Failure(ExitCode::kUsage,
+                fmt::format("{} holds \"{}\" {} times: say which by its id, one of {}, or by {}:n", displayName(owner),
+                            step.name, ids.size(), fmt::join(ids, ", "), step.name));
+}
+
+Feature& findStep(Model& owner, const Step& step) {
   std::vector<Feature*> found;
   for (Feature& feature : owner.features) {
     if (!isComponent(feature)) continue;
-    if (id && feature.id == *id) return feature;
-    if (feature.component && isNamed(*feature.component, step)) found.push_back(&feature);
+    if (step.id && feature.id == *step.id) return feature;
+    if (feature.component && isNamed(*feature.component, step.name)) found.push_back(&feature);
   }
   if (found.empty()) {
-    throw Failure(ExitCode::kUsage, fmt::format("{} has no component \"{}\"{}", displayName(owner), step,
-                                                didYouMean(step, componentNames(owner))));
+    throw Failure(ExitCode::kUsage, fmt::format("{} has no component \"{}\"{}", displayName(owner), step.name,
+                                                didYouMean(step.name, componentNames(owner))));
   }
-  if (found.size() > 1) {
-    std::vector<int> ids;
-    for (const Feature* feature : found) ids.push_back(feature->id);
-    throw Failure(ExitCode::kUsage, fmt::format("{} holds \"{}\" {} times: say which by its id, one of {}",
-                                                displayName(owner), step, ids.size(), fmt::join(ids, ", ")));
+  if (!step.occurrence) {
+    if (found.size() > 1) failAmbiguous(owner, step, found);
+    return *found.front();
   }
-  return *found.front();
+  if (*step.occurrence < 1 || static_cast<std::size_t>(*step.occurrence) > found.size()) {
+    throw Failure(ExitCode::kUsage, fmt::format("{} has no component \"{}:{}\": it is placed {} times",
+                                                displayName(owner), step.name, *step.occurrence, found.size()));
+  }
+  return *found[static_cast<std::size_t>(*step.occurrence) - 1];
 }
 
-std::vector<std::string> splitPath(const std::string& path) {
-  std::vector<std::string> steps;
-  std::size_t begin = 0;
-  while (begin <= path.size()) {
-    const std::size_t end = std::min(path.find('/', begin), path.size());
-    if (end > begin) steps.push_back(path.substr(begin, end - begin));
-    begin = end + 1;
+std::vector<Step> splitPath(const std::string& path) {
+  std::vector<Step> steps(1);
+  std::optional<std::size_t> colon;  // of the step being read, in its name
+  const auto finishStep = [&] {
+    Step& step = steps.back();
+    if (colon) step.occurrence = asId(step.name.substr(*colon + 1));
+    if (step.occurrence) step.name.resize(*colon);
+    if (!colon) step.id = asId(step.name);
+    colon.reset();
+  };
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    if (path[i] == '/') {
+      finishStep();
+      steps.emplace_back();
+      continue;
+    }
+    if (path[i] == ':') colon = steps.back().name.size();
+    if (path[i] == '\\' && i + 1 < path.size()) ++i;
+    steps.back().name += path[i];
   }
+  finishStep();
+  steps.erase(std::remove_if(steps.begin(), steps.end(), [](const Step& step) { return step.name.empty(); }),
+              steps.end());
   return steps;
 }
 
@@ -97,7 +130,7 @@ std::string displayName(const Model& model) {
 Component findComponent(Model& top, const std::string& path) {
   Component result;
   Model* owner = &top;
-  for (const std::string& step : splitPath(path)) {
+  for (const Step& step : splitPath(path)) {
     if (!owner) {
       throw Failure(ExitCode::kUsage,
                     fmt::format("{}: component {} has no model in session", path, result.path.back()));
@@ -109,6 +142,11 @@ Component findComponent(Model& top, const std::string& path) {
   }
   if (!result.feature) throw Failure(ExitCode::kUsage, "a component path is expected, such as 3/5");
   return result;
+}
+
+bool isComponentPath(const std::string& text) {
+  const std::vector<Step> steps = splitPath(text);
+  return steps.size() > 1 || (steps.size() == 1 && (steps.front().id || steps.front().occurrence));
 }
 
 Model* findModelByName(Session& session, const std::string& name) {

@@ -28,7 +28,7 @@ path findPlugin(const path& programFolder) {
 path findMessages(const path& programFolder) {
   return firstExisting({programFolder / "../share/rendara/text", programFolder / "../../../resources/text",
                         path(RENDARA_SOURCE_MESSAGES)},
-                       "rendara_msg.txt");
+                       kMessageFile);
 }
 
 }  // namespace standin

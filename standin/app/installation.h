@@ -5,6 +5,8 @@
 
 namespace standin {
 
+inline constexpr const char* kMessageFile = "rendara_msg.txt";
+
 // The folder of the running program.
 std::filesystem::path programFolder();
 // The plug-in that belongs to the program; the first place that was searched when there is none.

@@ -38,11 +38,15 @@ std::optional<PackageFile::State> PackageFile::state() const {
   return result;
 }
 
-void PackageFile::checkPlace() const {
+void PackageFile::checkLength() const {
   const std::size_t length = wideFromUtf8(path_.string()).size();
   if (length > kMaxPathLength) {
     fail(path_, fmt::format("the path has {} characters, the host takes {} at most", length, kMaxPathLength));
   }
+}
+
+void PackageFile::checkPlace() const {
+  checkLength();
   if (access(path_.c_str(), F_OK) == 0) {
     std::error_code error;
     if (fs::is_directory(path_, error)) failWithSystemMessage(path_, EISDIR);
@@ -68,6 +72,7 @@ bool PackageFile::changed() const {
 
 std::optional<rpk::PackageCounts> PackageFile::check(bool modelOpen) const {
   if (!ordinary()) return std::nullopt;
+  checkLength();
   if (!changed()) fail(path_, modelOpen ? "no package was written" : "no package was written: no model is open");
   std::string error;
   const auto file = rpk::MappedFile::open(path_.string(), &error);

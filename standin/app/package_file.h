@@ -36,6 +36,7 @@ class PackageFile {
     bool operator==(const State& other) const { return time == other.time && size == other.size; }
   };
   std::optional<State> state() const;
+  void checkLength() const;
 
   std::filesystem::path path_;
   std::optional<State> before_;

@@ -123,6 +123,10 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
     throw Failure(ExitCode::kUsage, error.what());
   }
   rejectExtras(app, *exportCommand, !app.get_subcommands().empty());
+  std::error_code ignored;
+  if (app.count("--messages") > 0 && !std::filesystem::exists(result.common.messages / kMessageFile, ignored)) {
+    throw Failure(ExitCode::kUsage, fmt::format("{}: holds no {}", result.common.messages.string(), kMessageFile));
+  }
   if (codePage) result.common.codePage = parseCodePage(*codePage);
   if (exportCommand->parsed()) {
     result.command = exportOptions;

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "standin/app/signal_cleanup.h"
+
 namespace standin {
 namespace {
 
@@ -25,6 +27,7 @@ void Progress::show(const std::string& text) {
   std::fflush(stream_);
   next_ = Clock::now() + kInterval;
   shown_ = true;
+  clearLineOnSignal(fileno(stream_));
 }
 
 void Progress::end() {
@@ -32,6 +35,7 @@ void Progress::end() {
   fmt::print(stream_, "{}", kClearLine);
   std::fflush(stream_);
   shown_ = false;
+  clearLineOnSignal(-1);
 }
 
 }  // namespace standin

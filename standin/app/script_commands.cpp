@@ -120,10 +120,6 @@ const char* modeName(ProMode mode) {
   return "unknown";
 }
 
-bool isComponentPath(const std::string& text) {
-  return text.find('/') != std::string::npos || text.find_first_not_of("0123456789") == std::string::npos;
-}
-
 }  // namespace
 
 Model& Script::current() {

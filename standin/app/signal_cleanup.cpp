@@ -6,7 +6,9 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
+#include <string_view>
 
 namespace standin {
 namespace {
@@ -19,6 +21,7 @@ struct Entry {
 constexpr std::size_t kMaxEntries = 16;
 std::array<Entry, kMaxEntries> entries;
 std::atomic<std::size_t> entryCount = 0;
+std::atomic<int> terminalToClear = -1;
 
 constexpr std::array kInterruptions = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 constexpr std::array kCrashes = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
@@ -27,6 +30,9 @@ std::array<struct sigaction, kCrashes.size()> crashHandlers;
 // Only operations that may be called from a signal handler below.
 
 void removeAll() {
+  constexpr std::string_view kClearLine = "\r\033[K";
+  // Nothing can be done when that fails.
+  if (terminalToClear >= 0 && write(terminalToClear, kClearLine.data(), kClearLine.size()) < 0) terminalToClear = -1;
   for (std::size_t i = entryCount; i > 0; --i) {
     const Entry& entry = entries[i - 1];
     const char* path = entry.path;
@@ -58,7 +64,10 @@ void onCrash(int signal, siginfo_t* info, void*) {
 
 }  // namespace
 
+void clearLineOnSignal(int terminal) { terminalToClear = terminal; }
+
 void installSignalCleanup() {
+  std::atexit(removeAll);
   // A reader of our output that went away is an error of writing, not an end without cleaning up.
   std::signal(SIGPIPE, SIG_IGN);
   struct sigaction action = {};

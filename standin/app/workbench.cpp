@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <exception>
 #include <utility>
 
 #include "standin/app/component_lookup.h"
@@ -36,13 +37,8 @@ void Workbench::open(const std::filesystem::path& file, const std::optional<std:
   checkReadable(resolved);
   Model* const modelBefore = session_.current;
   const ProMode modeBefore = session_.mode;
-  progress_.begin();
-  const LoadResult loaded = reader_(session_, resolved, [this](double share) {
-    progress_.show(fmt::format("reading the model: {:.0f} %", 100 * share));
-    return true;
-  });
-  progress_.end();
   try {
+    const LoadResult loaded = read(resolved);
     if (!loaded.model) throw Failure(ExitCode::kModel, fmt::format("{}: {}", resolved.string(), loaded.error));
     session_.current = loaded.model;
     applyFittingOverlay(resolved, overlay);
@@ -51,6 +47,22 @@ void Workbench::open(const std::filesystem::path& file, const std::optional<std:
     session_.mode = modeBefore;
     throw;
   }
+}
+
+LoadResult Workbench::read(const std::filesystem::path& file) {
+  progress_.begin();
+  LoadResult result;
+  try {
+    result = reader_(session_, file, [this](double share) {
+      progress_.show(fmt::format("reading the model: {:.0f} %", 100 * share));
+      return true;
+    });
+  } catch (const std::exception& error) {
+    // Out of memory, most likely: it is this file that cannot be read, the session goes on.
+    result = {nullptr, error.what()};
+  }
+  progress_.end();
+  return result;
 }
 
 void Workbench::applyFittingOverlay(const std::filesystem::path& file,
@@ -83,6 +95,7 @@ CommandReport Workbench::run(const std::string& commandName) {
   // The answers that the command takes are gone from the session afterwards.
   const std::deque<FileAnswer> answers = session_.fileAnswers;
   std::vector<PackageFile> awaited;
+  awaited.reserve(answers.size());
   for (const FileAnswer& answer : answers) awaited.emplace_back(answer.value_or(std::filesystem::path()));
   const std::size_t dialogsBefore = session_.dialogsShown.size();
   forgetFileFailures();

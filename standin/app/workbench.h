@@ -50,6 +50,7 @@ class Workbench {
   CommandReport run(const std::string& commandName);
 
  private:
+  LoadResult read(const std::filesystem::path& file);
   void applyFittingOverlay(const std::filesystem::path& file, const std::optional<std::filesystem::path>& overlay);
   // Runs the action with the progress of the tessellation on display.
   std::optional<int> runShowingProgress(const std::string& commandName);

@@ -12,5 +12,6 @@ add_standin_test(quality_out_of_range ARGS export a.step b.rpk --quality 1.5 EXI
   ERROR "^creo-standin: --quality cannot be \"1.5\": a number from 0 to 1\n$")
 add_standin_test(up_unknown ARGS export a.step b.rpk --up=w EXIT 2
   ERROR "^creo-standin: --up cannot be \"w\": x, y, z, -x, -y, -z\n$")
+add_standin_test(messages_missing ARGS --messages . EXIT 2 ERROR "^creo-standin: .: holds no rendara_msg.txt\n$")
 add_standin_test(code_page_unknown ARGS export a.step b.rpk --code-page 77 EXIT 2
   ERROR "^creo-standin: code page 77 is not known\n$")

@@ -120,10 +120,16 @@ TEST_F(ScriptTest, FindsComponentsByIdsAndNames) {
   EXPECT_EQ(failureOf("hide AXEL"), "PAIR.asm has no component \"AXEL\"; did you mean AXLE?");
   EXPECT_EQ(failureOf("hide AXLE.prt"), "PAIR.asm has no component \"AXLE.prt\"");
   EXPECT_EQ(failureOf("hide BLOCK"), "PAIR.asm holds \"BLOCK\" 2 times: say which by its id, one of " +
-                                         id(model.first) + ", " + id(model.second));
+                                         id(model.first) + ", " + id(model.second) + ", or by BLOCK:n");
+  EXPECT_EQ(findComponent(model.pair, "block:2").feature, &model.second);
+  EXPECT_EQ(failureOf("hide BLOCK:3"), "PAIR.asm has no component \"BLOCK:3\": it is placed 2 times");
+  EXPECT_EQ(failureOf("hide BLOCK:0"), "PAIR.asm has no component \"BLOCK:0\": it is placed 2 times");
+  EXPECT_EQ(failureOf("hide BLOCK:x"), "PAIR.asm has no component \"BLOCK:x\"; did you mean BLOCK?");
   EXPECT_EQ(failureOf("hide AXLE/ROD/1"), "ROD.prt has no component \"1\"");
   EXPECT_EQ(failureOf("hide /"), "a component path is expected, such as 3/5");
   EXPECT_EQ(failureOf("hide 999"), "PAIR.asm has no component \"999\"");
+  session_.renameModel(model.rod, L"A/B:1");
+  EXPECT_EQ(findComponent(model.pair, R"(AXLE/A\/B\:1)").feature, &model.rodInAxle);
 }
 
 TEST_F(ScriptTest, QueuesTheUsersAnswersInOrder) {
@@ -218,6 +224,8 @@ TEST_F(ScriptTest, ColoursComponentsAndParts) {
   EXPECT_FALSE(model.first.appearance);
   run("colour " + id(model.first) + " 0 1 0");
   EXPECT_TRUE(model.first.appearance);
+  run("colour block:2 0 1 0");
+  EXPECT_TRUE(model.second.appearance);
   EXPECT_EQ(failureOf("colour BLOCK 0 0 1.5"), "a colour's numbers go from 0 to 1");
 }
 
