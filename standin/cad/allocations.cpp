@@ -40,7 +40,7 @@ void* Allocations::addArray(const char* operation, std::size_t elementSize, std:
   void* memory = guarded ? allocateGuarded(bytes, operation) : nullptr;
   const bool isGuarded = memory != nullptr;
   if (!isGuarded) {
-    memory = std::calloc(1, bytes > 0 ? bytes : 1);
+    memory = std::malloc(bytes > 0 ? bytes : 1);
     if (memory == nullptr) {
       throw std::bad_alloc();
     }
@@ -89,6 +89,7 @@ std::vector<std::string> Allocations::leaks() const {
     ++counts[{entry.second.operation, entry.second.kind}];
   }
   std::vector<std::string> lines;
+  lines.reserve(counts.size());
   for (const auto& [source, count] : counts) {
     lines.push_back(source.first + ": " + std::to_string(count) + " " + nameOf(source.second, count != 1) +
                     (count == 1 ? " was" : " were") + " never freed");

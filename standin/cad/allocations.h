@@ -17,7 +17,7 @@ class Allocations {
   Allocations(const Allocations&) = delete;
   Allocations& operator=(const Allocations&) = delete;
 
-  // Zeroed memory for `count` elements, ending at a guard page if asked. `operation` must be a literal.
+  // Memory for `count` elements, not initialised, ending at a guard page if asked. `operation` must be a literal.
   void* addArray(const char* operation, std::size_t elementSize, std::size_t count, bool guarded);
   // The number of elements of a live array, none when the pointer is not one.
   const std::size_t* arraySize(const void* array) const;

@@ -7,8 +7,9 @@
 #include <array>
 #include <atomic>
 #include <csignal>
-#include <cstdint>
 #include <deque>
+#include <functional>
+#include <optional>
 #include <unordered_map>
 
 namespace standin {
@@ -17,12 +18,13 @@ namespace {
 enum class Breach : int { overread, afterFree };
 
 // Pages that nobody may touch. Written by the one thread that allocates, read by the fault handler: `begin` is set
-// last and cleared first, and 0 marks a free slot.
+// last and cleared first, and null marks a free slot.
 struct Guard {
-  std::atomic<std::uintptr_t> begin{0};
-  std::atomic<std::uintptr_t> end{0};
+  std::atomic<char*> begin{nullptr};
+  std::atomic<char*> end{nullptr};
   std::atomic<const char*> owner{nullptr};
   std::atomic<Breach> breach{Breach::overread};
+  std::atomic<bool> opened{false};  // by a breach, which leaves the pages readable
 };
 
 struct Report {
@@ -31,7 +33,11 @@ struct Report {
 };
 
 constexpr std::size_t kMostGuards = 8192;
-constexpr std::size_t kMostQuarantined = 1024;
+// Freed memory of up to so many pages stays mapped and is used again once enough of its size has been freed since:
+// most arrays are small, and mapping costs more than closing and opening.
+constexpr std::size_t kMostRecycledPages = 4;
+constexpr std::size_t kRecycledAfter = 256;
+constexpr std::size_t kMostQuarantined = 512;  // of each recycled size, and of all others together
 
 // Fixed tables: the fault handler may neither allocate nor lock.
 std::array<Guard, kMostGuards> guards;
@@ -43,8 +49,9 @@ struct sigaction previousAction;
 // What the allocating side knows of the slots. Never destroyed, since sessions may outlive it otherwise.
 struct Slots {
   std::vector<std::size_t> free;
-  std::unordered_map<std::uintptr_t, std::size_t> byEnd;  // of live memory
-  std::deque<std::size_t> quarantined;                    // oldest first
+  std::unordered_map<const char*, std::size_t> byEnd;  // of live memory
+  // Closed slots by the pages of their memory (the last for all larger ones), oldest first.
+  std::array<std::deque<std::size_t>, kMostRecycledPages + 2> quarantined;
 };
 
 Slots& slots() {
@@ -60,11 +67,13 @@ std::size_t pageSize() {
 std::size_t roundUp(std::size_t size) { return (size + pageSize() - 1) / pageSize() * pageSize(); }
 
 // Opens the guard that holds the address and notes the breach; false when no guard does.
-bool openGuard(std::uintptr_t address) {
+bool openGuard(const void* fault) {
+  const char* address = static_cast<const char*>(fault);
+  const std::less<> before;
   for (Guard& guard : guards) {
-    const std::uintptr_t begin = guard.begin.load(std::memory_order_acquire);
-    const std::uintptr_t end = guard.end.load(std::memory_order_relaxed);
-    if (begin == 0 || address < begin || address >= end) {
+    char* begin = guard.begin.load(std::memory_order_acquire);
+    const char* end = guard.end.load(std::memory_order_relaxed);
+    if (begin == nullptr || before(address, begin) || !before(address, end)) {
       continue;
     }
     const std::size_t slot = reportCount.fetch_add(1);
@@ -72,13 +81,14 @@ bool openGuard(std::uintptr_t address) {
       reports[slot].breach = guard.breach.load(std::memory_order_relaxed);
       reports[slot].owner = guard.owner.load(std::memory_order_relaxed);
     }
-    return mprotect(reinterpret_cast<void*>(begin), end - begin, PROT_READ | PROT_WRITE) == 0;
+    guard.opened.store(true, std::memory_order_relaxed);
+    return mprotect(begin, static_cast<std::size_t>(end - begin), PROT_READ | PROT_WRITE) == 0;
   }
   return false;
 }
 
 void handleFault(int signal, siginfo_t* info, void* context) {
-  if (openGuard(reinterpret_cast<std::uintptr_t>(info->si_addr))) {
+  if (openGuard(info->si_addr)) {
     return;
   }
   if ((previousAction.sa_flags & SA_SIGINFO) != 0) {
@@ -105,50 +115,102 @@ bool prepare() {
   return prepared;
 }
 
-void setGuard(std::size_t slot, std::uintptr_t begin, std::size_t size, Breach breach) {
+void setGuard(std::size_t slot, char* begin, std::size_t size, Breach breach) {
   Guard& guard = guards[slot];
-  guard.begin.store(0, std::memory_order_release);
+  guard.begin.store(nullptr, std::memory_order_release);
   guard.end.store(begin + size, std::memory_order_relaxed);
   guard.breach.store(breach, std::memory_order_relaxed);
   guard.begin.store(begin, std::memory_order_release);
 }
 
-void releaseOldest() {
-  const std::size_t slot = slots().quarantined.front();
-  slots().quarantined.pop_front();
-  const std::uintptr_t begin = guards[slot].begin.load();
-  const std::size_t size = guards[slot].end.load() - begin;
-  guards[slot].begin.store(0);
-  munmap(reinterpret_cast<void*>(begin), size);
+std::deque<std::size_t>& quarantineOf(std::size_t usable) {
+  return slots().quarantined[std::min(usable / pageSize(), kMostRecycledPages + 1)];
+}
+
+bool isRecycled(std::size_t usable) { return usable <= kMostRecycledPages * pageSize(); }
+
+void releaseOldest(std::deque<std::size_t>& quarantine) {
+  const std::size_t slot = quarantine.front();
+  quarantine.pop_front();
+  char* begin = guards[slot].begin.load();
+  const auto size = static_cast<std::size_t>(guards[slot].end.load() - begin);
+  guards[slot].begin.store(nullptr);
+  munmap(begin, size);
   slots().free.push_back(slot);
+}
+
+// Opens the oldest closed memory of the size; the slot, none when too little of it has been freed so far.
+std::optional<std::size_t> recycle(std::size_t usable) {
+  std::deque<std::size_t>& quarantine = quarantineOf(usable);
+  if (!isRecycled(usable) || quarantine.size() < kRecycledAfter) {
+    return std::nullopt;
+  }
+  const std::size_t slot = quarantine.front();
+  char* begin = guards[slot].begin.load();
+  if (usable > 0 && mprotect(begin, usable, PROT_READ | PROT_WRITE) != 0) {
+    return std::nullopt;
+  }
+  if (guards[slot].opened.exchange(false)) {
+    mprotect(begin + usable, pageSize(), PROT_NONE);
+  }
+  quarantine.pop_front();
+  setGuard(slot, begin + usable, pageSize(), Breach::overread);
+  return slot;
+}
+
+// Maps new memory with a guard behind it; the slot, none when the system has no room.
+std::optional<std::size_t> mapNew(std::size_t usable) {
+  if (slots().free.empty()) {
+    return std::nullopt;
+  }
+  void* base = mmap(nullptr, usable + pageSize(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (base == MAP_FAILED) {
+    return std::nullopt;
+  }
+  if (usable > 0 && mprotect(base, usable, PROT_READ | PROT_WRITE) != 0) {
+    munmap(base, usable + pageSize());
+    return std::nullopt;
+  }
+  const std::size_t slot = slots().free.back();
+  slots().free.pop_back();
+  guards[slot].opened.store(false);
+  setGuard(slot, static_cast<char*>(base) + usable, pageSize(), Breach::overread);
+  return slot;
+}
+
+// Makes memory and its guard unreadable. Memory that is not recycled is given back, its addresses stay taken.
+void closePages(char* begin, std::size_t usable, bool guardWasOpened) {
+  const std::size_t whole = usable + pageSize();
+  if (!isRecycled(usable)) {
+    // Where the system has no room for the new mapping the memory merely stays readable.
+    static_cast<void>(mmap(begin, whole, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0));
+  } else if (usable > 0 || guardWasOpened) {
+    mprotect(begin, whole, PROT_NONE);
+  }
 }
 
 }  // namespace
 
 void* allocateGuarded(std::size_t size, const char* owner) {
-  if (!prepare() || slots().free.empty()) {
+  if (!prepare()) {
     return nullptr;
   }
   const std::size_t usable = roundUp(size);
-  void* base = mmap(nullptr, usable + pageSize(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (base == MAP_FAILED) {
+  std::optional<std::size_t> slot = recycle(usable);
+  if (!slot) {
+    slot = mapNew(usable);
+  }
+  if (!slot) {
     return nullptr;
   }
-  if (usable > 0 && mprotect(base, usable, PROT_READ | PROT_WRITE) != 0) {
-    munmap(base, usable + pageSize());
-    return nullptr;
-  }
-  const std::size_t slot = slots().free.back();
-  slots().free.pop_back();
-  const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(base) + usable;
-  slots().byEnd[end] = slot;
-  guards[slot].owner = owner;
-  setGuard(slot, end, pageSize(), Breach::overread);
-  return reinterpret_cast<void*>(end - size);
+  char* end = guards[*slot].begin.load();
+  guards[*slot].owner = owner;
+  slots().byEnd[end] = *slot;
+  return end - size;
 }
 
 void freeGuarded(void* memory, std::size_t size) {
-  const std::uintptr_t end = reinterpret_cast<std::uintptr_t>(memory) + size;
+  char* end = static_cast<char*>(memory) + size;
   const auto found = slots().byEnd.find(end);
   if (found == slots().byEnd.end()) {
     return;
@@ -156,13 +218,12 @@ void freeGuarded(void* memory, std::size_t size) {
   const std::size_t slot = found->second;
   slots().byEnd.erase(found);
   const std::size_t usable = roundUp(size);
-  // A fresh mapping over the old one gives the memory back and keeps the addresses taken.
-  mmap(reinterpret_cast<void*>(end - usable), usable + pageSize(), PROT_NONE,
-       MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0);
+  closePages(end - usable, usable, guards[slot].opened.exchange(false));
   setGuard(slot, end - usable, usable + pageSize(), Breach::afterFree);
-  slots().quarantined.push_back(slot);
-  if (slots().quarantined.size() > kMostQuarantined) {
-    releaseOldest();
+  std::deque<std::size_t>& quarantine = quarantineOf(usable);
+  quarantine.push_back(slot);
+  if (quarantine.size() > kMostQuarantined) {
+    releaseOldest(quarantine);
   }
 }
 

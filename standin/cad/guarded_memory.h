@@ -11,8 +11,9 @@
 
 namespace standin {
 
-// Null when the system has no more room for guards; the caller then takes ordinary memory. The memory is zero, and
-// aligned to the largest power of two (up to a page) that divides `size`. `owner` must live as long as the process.
+// Null when the system has no more room for guards; the caller then takes ordinary memory. What the memory holds is
+// not said. It is aligned to the largest power of two (up to a page) that divides `size`. `owner` must live as long as
+// the process.
 void* allocateGuarded(std::size_t size, const char* owner);
 // `memory` and `size` as they were allocated.
 void freeGuarded(void* memory, std::size_t size);

@@ -13,7 +13,12 @@ namespace {
 // A dialog that still stands after so many presses is taken for one that nobody ends.
 constexpr int kMostPresses = 10;
 
-std::string quoted(const char* name) { return "\"" + std::string(name) + "\""; }
+std::string quoted(const char* name) {
+  std::string text(1, '"');
+  text += name;
+  text += '"';
+  return text;
+}
 
 // The dialog of a name; null when there is none, with the misuse noted.
 Dialog* findDialog(Operation& operation, const char* name) {

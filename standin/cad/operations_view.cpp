@@ -8,6 +8,22 @@ using standin::Model;
 using standin::Operation;
 using standin::View;
 
+namespace {
+
+// An array of the names, null when there are no views.
+ProLine* viewNames(Operation& operation, const Model& model) {
+  if (model.views.empty()) {
+    return nullptr;
+  }
+  ProLine* names = operation.newArray<ProLine>(model.views.size());
+  for (std::size_t at = 0; at < model.views.size(); ++at) {
+    standin::copyText(model.views[at].name, names[at]);
+  }
+  return names;
+}
+
+}  // namespace
+
 extern "C" {
 
 ProError ProViewMatrixGet(ProMdl model, ProView view, ProMatrix matrix) {
@@ -31,12 +47,8 @@ ProError ProViewNamesGet(ProMdl model, ProLine** p_view_names, ProLine** p_alt_v
   if (owner == nullptr || p_view_names == nullptr || p_num_of_views == nullptr) return PRO_TK_BAD_INPUTS;
   *p_num_of_views = static_cast<int>(owner->views.size());
   for (ProLine** names : {p_view_names, p_alt_view_names}) {
-    if (names == nullptr) {
-      continue;
-    }
-    *names = owner->views.empty() ? nullptr : operation.newArray<ProLine>(owner->views.size());
-    for (std::size_t at = 0; at < owner->views.size(); ++at) {
-      standin::copyText(owner->views[at].name, (*names)[at]);
+    if (names != nullptr) {
+      *names = viewNames(operation, *owner);
     }
   }
   return owner->views.empty() ? PRO_TK_E_NOT_FOUND : PRO_TK_NO_ERROR;

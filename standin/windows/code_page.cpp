@@ -3,6 +3,7 @@
 #include <iconv.h>
 
 #include <atomic>
+#include <cstdint>
 #include <map>
 #include <memory>
 
@@ -24,7 +25,7 @@ struct ByteRange {
 constexpr ByteRange kLeadBytes[] = {{932, 0x81, 0x9F}, {932, 0xE0, 0xFC},  {936, 0x81, 0xFE},  {949, 0x81, 0xFE},
                                     {950, 0x81, 0xFE}, {1361, 0x84, 0xD3}, {1361, 0xD8, 0xDE}, {1361, 0xE0, 0xF9}};
 
-bool isDescriptor(void* descriptor) { return descriptor != reinterpret_cast<void*>(-1); }
+bool isDescriptor(void* descriptor) { return reinterpret_cast<std::intptr_t>(descriptor) != -1; }
 
 // Converts the whole input, which is a single character; the number of bytes written, 0 when it cannot.
 std::size_t convert(void* descriptor, const char* input, std::size_t inputSize, char* output, std::size_t outputSize) {
@@ -89,11 +90,19 @@ bool takeUtf8(std::string_view& text, char32_t& character) {
 
 CodePageTable* CodePageTable::find(unsigned codePage) {
   thread_local std::map<unsigned, std::unique_ptr<CodePageTable>> tables;
+  thread_local CodePageTable* last = nullptr;
+  if (last != nullptr && last->codePage_ == codePage) {
+    return last;
+  }
   std::unique_ptr<CodePageTable>& table = tables[codePage];
   if (!table) {
     table = std::make_unique<CodePageTable>(codePage);
   }
-  return table->usable() ? table.get() : nullptr;
+  if (!table->usable_) {
+    return nullptr;
+  }
+  last = table.get();
+  return last;
 }
 
 CodePageTable::CodePageTable(unsigned codePage)
@@ -102,6 +111,11 @@ CodePageTable::CodePageTable(unsigned codePage)
       fromPage_(iconv_open("UTF-32LE", ("CP" + std::to_string(codePage)).c_str())) {
   if (!isDescriptor(toPage_) || !isDescriptor(fromPage_)) {
     return;
+  }
+  for (const ByteRange& range : kLeadBytes) {
+    for (unsigned byte = range.first; range.codePage == codePage && byte <= range.last; ++byte) {
+      leadBytes_[byte] = true;
+    }
   }
   bool keepsAscii = true;
   for (unsigned byte = 0; byte < singles_.size(); ++byte) {
@@ -129,15 +143,6 @@ CodePageTable::~CodePageTable() {
       iconv_close(descriptor);
     }
   }
-}
-
-bool CodePageTable::isLeadByte(unsigned char byte) const {
-  for (const ByteRange& range : kLeadBytes) {
-    if (range.codePage == codePage_ && byte >= range.first && byte <= range.last) {
-      return true;
-    }
-  }
-  return false;
 }
 
 const CodedCharacter& CodePageTable::encode(char32_t character) {

@@ -39,8 +39,7 @@ class CodePageTable {
   CodePageTable(const CodePageTable&) = delete;
   CodePageTable& operator=(const CodePageTable&) = delete;
 
-  bool usable() const { return usable_; }
-  bool isLeadByte(unsigned char byte) const;
+  bool isLeadByte(unsigned char byte) const { return leadBytes_[byte]; }
   const CodedCharacter& encode(char32_t character);
   // The character of one byte, or of a lead byte and its trail byte; none when they mean nothing.
   std::optional<char32_t> decode(std::string_view bytes);
@@ -58,6 +57,7 @@ class CodePageTable {
   void* toPage_;  // iconv descriptors
   void* fromPage_;
   bool usable_ = false;
+  std::array<bool, 256> leadBytes_{};
   std::array<char32_t, 256> singles_{};
   std::unordered_map<char32_t, CodedCharacter> encoded_;
   std::unordered_map<unsigned, char32_t> pairs_;

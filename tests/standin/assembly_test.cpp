@@ -37,10 +37,8 @@ TEST(Visits, FilterSkipsAndActionStops) {
   Model& part = session.addModel(PRO_MDL_PART, L"part");
   Visit empty;
   EXPECT_EQ(ProSolidFeatVisit(solid(part), visitFeature, filterFeature, &empty), PRO_TK_E_NOT_FOUND);
-  std::vector<int> ids;
-  for (int count = 0; count < 4; ++count) {
-    ids.push_back(part.addFeature(917).id);
-  }
+  const std::vector<int> ids = {part.addFeature(917).id, part.addFeature(917).id, part.addFeature(917).id,
+                                part.addFeature(917).id};
   Visit skipping;
   skipping.skippedId = ids[1];
   EXPECT_EQ(ProSolidFeatVisit(solid(part), visitFeature, filterFeature, &skipping), PRO_TK_NO_ERROR);

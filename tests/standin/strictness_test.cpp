@@ -13,7 +13,6 @@ namespace {
 
 using test::addBoxPart;
 using test::handle;
-using test::solid;
 using Lines = std::vector<std::string>;
 
 class Strictness : public ::testing::Test {
@@ -117,6 +116,33 @@ TEST_F(Strictness, ReadingAFreedArrayIsNoted) {
   EXPECT_EQ(session.misuse(), Lines{"ProTessellationVerticesGet: an array was used after it was freed"});
 }
 
+TEST_F(Strictness, AGuardThatWasOpenedIsClosedAgainWhenTheMemoryIsReused) {
+  ProVector* array = vertices();
+  readAt(&array[0][0], 12);
+  EXPECT_EQ(session.misuse().size(), 1U);
+  ProArray freed = array;
+  ProArrayFree(&freed);
+  Session next;
+  Model& box = addBoxPart(next, L"box");
+  // The normals of one surface take as much room as the vertices.
+  for (int count = 0; count < 2000; ++count) {
+    ProTessellation tessellation = nullptr;
+    ProVector* normals = nullptr;
+    ProSurfaceTessellationGet(&box, handle(box.surfaces[0]), nullptr, &tessellation);
+    ASSERT_EQ(ProTessellationNormalsGet(tessellation, &normals), PRO_TK_NO_ERROR);
+    ProTessellationFree(&tessellation);
+    if (normals == array && next.misuse().empty()) {
+      readAt(&normals[0][0], 11);
+      ASSERT_TRUE(next.misuse().empty());
+      readAt(&normals[0][0], 12);
+      EXPECT_EQ(next.misuse(), Lines{"ProTessellationNormalsGet: an array was read past its end"});
+    }
+    freed = normals;
+    ProArrayFree(&freed);
+  }
+  EXPECT_EQ(next.misuse().size(), 1U) << "the memory came round again";
+}
+
 TEST_F(Strictness, ManyArraysPassThroughTheGuards) {
   std::vector<ProVector*> kept;
   for (int count = 0; count < 10000; ++count) {
@@ -148,7 +174,8 @@ TEST_F(Strictness, OtherFaultsStillEndTheProcess) {
       },
       "");
   // A wild pointer, not one of the guards.
-  EXPECT_DEATH(readAt(reinterpret_cast<const int*>(8), 0), "");
+  const int* volatile wild = nullptr;
+  EXPECT_DEATH(readAt(wild, 2), "");
 }
 
 }  // namespace
