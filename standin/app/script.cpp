@@ -77,6 +77,7 @@ ExitCode Script::runAll(std::istream& lines, const std::string& name, std::ostre
   for (std::size_t number = 1; !finished_ && std::getline(lines, line); ++number) {
     try {
       execute(line);
+      output_.flush();
     } catch (const Failure& failure) {
       output_.flush();
       fmt::print(errors, "{}:{}: {}\n", name, number, failure.what());

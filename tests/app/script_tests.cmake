@@ -30,7 +30,7 @@ run 'Leak'
 status" EXIT 5 OUTPUT "plug-in: loaded"
   ERROR "^creo-standin: [^\n]*test_plugin[^\n]*: the plug-in misused the session 2 times\n  ProLayeritemLayersGet[^\n]*\n  ProMdlVerstampGet[^\n]*\n$")
 add_script_test(script_crash "open ${pair}
-run Crash" EXIT "Segmentation fault|1" ERROR ".*")
+run Crash" EXIT "Segmentation fault|1" OUTPUT "^opened pair.asm\n$" ERROR ".*")
 
 add_standin_test(script_missing ARGS run absent.txt EXIT 2
   ERROR "^creo-standin: absent.txt: No such file or directory\n$")
