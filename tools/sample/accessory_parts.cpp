@@ -1,17 +1,24 @@
 // Fasteners, pipes, gauge, guard and nameplate.
 #include <BRepBuilderAPI_MakeEdge.hxx>
 #include <BRepBuilderAPI_MakeFace.hxx>
+#include <BRepBuilderAPI_MakeSolid.hxx>
 #include <BRepBuilderAPI_MakeWire.hxx>
+#include <BRepBuilderAPI_Sewing.hxx>
 #include <BRepCheck_Analyzer.hxx>
+#include <BRepGProp.hxx>
+#include <BRepLib.hxx>
 #include <BRepOffsetAPI_MakePipe.hxx>
-#include <BRepPrimAPI_MakePrism.hxx>
+#include <GProp_GProps.hxx>
 #include <Geom_BSplineCurve.hxx>
 #include <Geom_BSplineSurface.hxx>
 #include <TColStd_Array1OfInteger.hxx>
 #include <TColStd_Array1OfReal.hxx>
 #include <TColgp_Array1OfPnt.hxx>
 #include <TColgp_Array2OfPnt.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Shell.hxx>
+#include <TopoDS_Solid.hxx>
 #include <array>
 #include <cmath>
 #include <gp_Circ.hxx>
@@ -176,10 +183,36 @@ TopoDS_Shape flywheelGuard() {
 }
 
 TopoDS_Shape nameplate() {
-  // The front lies on the plane of the outline, so that its parameters are millimetres from the lower left corner.
-  const gp_Pln back(gp_Ax3(gp_Pnt(0, 0, 0), kX, kY));
-  const TopoDS_Face face = BRepBuilderAPI_MakeFace(back, 0, kNameplateWidth, 0, kNameplateHeight).Face();
-  return checkedSolid(BRepPrimAPI_MakePrism(face, gp_Vec(kX) * 1.2).Shape(), "nameplate");
+  // The front is no plane but a B-spline patch of the same shape: a plane's parameters are lengths, the patch's run
+  // from 0 to 1, so that a texture covers it once.
+  const double w = kNameplateWidth;
+  const double h = kNameplateHeight;
+  constexpr double kThickness = 1.2;
+  TColgp_Array2OfPnt corners(1, 2, 1, 2);
+  corners.SetValue(1, 1, {kThickness, 0, 0});
+  corners.SetValue(2, 1, {kThickness, w, 0});
+  corners.SetValue(1, 2, {kThickness, 0, h});
+  corners.SetValue(2, 2, {kThickness, w, h});
+  TColStd_Array1OfReal knots(1, 2);
+  knots.SetValue(1, 0);
+  knots.SetValue(2, 1);
+  TColStd_Array1OfInteger multiplicities(1, 2);
+  multiplicities.Init(2);
+  Handle(Geom_BSplineSurface) front =
+      new Geom_BSplineSurface(corners, knots, knots, multiplicities, multiplicities, 1, 1);
+  BRepBuilderAPI_Sewing sewing(1e-6);
+  sewing.Add(BRepBuilderAPI_MakeFace(front, 1e-6).Shape());
+  for (TopExp_Explorer faces(box({0, 0, 0}, {kThickness, w, h}), TopAbs_FACE); faces.More(); faces.Next()) {
+    GProp_GProps properties;
+    BRepGProp::SurfaceProperties(faces.Current(), properties);
+    if (properties.CentreOfMass().X() < 0.9 * kThickness) {
+      sewing.Add(faces.Current());
+    }
+  }
+  sewing.Perform();
+  TopoDS_Solid solid = BRepBuilderAPI_MakeSolid(TopoDS::Shell(sewing.SewedShape())).Solid();
+  BRepLib::OrientClosedSolid(solid);
+  return checkedSolid(solid, "nameplate");
 }
 
 }  // namespace sample

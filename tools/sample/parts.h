@@ -20,7 +20,7 @@ TopoDS_Shape unionNut();
 TopoDS_Shape oilPlug();
 TopoDS_Shape pressureGauge();             // its face looks to +X
 inline constexpr double kGaugeAxis = 33;  // height of the dial's middle
-// Lies in the plane x = 0 and looks to +X; the text runs along +Y. Its front has parameters (0, 0) to (70, 30).
+// Lies on the plane x = 0 and looks to +X; the text runs along +Y. The parameters of its front run from 0 to 1.
 TopoDS_Shape nameplate();
 inline constexpr double kNameplateWidth = 70;
 inline constexpr double kNameplateHeight = 30;
