@@ -97,6 +97,8 @@ SampleDocument::SampleDocument() {
   colours_ = XCAFDoc_DocumentTool::ColorTool(document_->Main());
 }
 
+SampleDocument::~SampleDocument() { XCAFApp_Application::GetApplication()->Close(document_); }
+
 TDF_Label SampleDocument::addPart(const std::string& name, const TopoDS_Shape& shape, const Colour& colour) {
   const TDF_Label label = shapes_->AddShape(shape, false);
   setName(label, name);

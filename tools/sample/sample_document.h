@@ -25,6 +25,9 @@ struct Colour {
 class SampleDocument {
  public:
   SampleDocument();
+  ~SampleDocument();
+  SampleDocument(const SampleDocument&) = delete;
+  SampleDocument& operator=(const SampleDocument&) = delete;
 
   TDF_Label addPart(const std::string& name, const TopoDS_Shape& shape, const Colour& colour);
   // Gives faces colours of their own; faces without one keep the part's.
