@@ -21,8 +21,8 @@ path firstExisting(const std::vector<path>& candidates, const path& below) {
 path programFolder() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
 
 path findPlugin(const path& programFolder) {
-  return firstExisting(
-      {programFolder / "../lib/librendara_creo.so", programFolder / "../lib/rendara/librendara_creo.so"}, {});
+  const path parent = programFolder / "..";
+  return firstExisting({parent / "lib/librendara_creo.so", parent / RENDARA_INSTALLED_PLUGIN}, {});
 }
 
 path findMessages(const path& programFolder) {
