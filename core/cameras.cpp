@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string>
 
-#include "scene/matrix.h"
 #include "platform/creo_handles.h"
+#include "scene/matrix.h"
 #include "scene/narrow_text.h"
 #include "scene/scene_builder.h"
 #include "scene/vntScene_api.h"

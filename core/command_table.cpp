@@ -77,18 +77,12 @@ void designate(uiCmdCmdId id, const CommandEntry& entry) {
 }
 
 // The help text is the description of the selection commands too.
-constexpr CommandEntry kManualSelectionEntry = {"Manual selection",
-                                                nullptr,
-                                                "rendaraSettingsManual",
-                                                "rendaraSettingsManualHelp",
-                                                "rendaraSettingsManualHelp",
-                                                manualSelectionAction};
-constexpr CommandEntry kAutomaticSelectionEntry = {"Automatic selection",
-                                                   nullptr,
-                                                   "rendaraSettingsAutomatic",
-                                                   "rendaraSettingsAutomaticHelp",
-                                                   "rendaraSettingsAutomaticHelp",
-                                                   automaticSelectionAction};
+constexpr CommandEntry kManualSelectionEntry = {"Manual selection",          nullptr,
+                                                "rendaraSettingsManual",     "rendaraSettingsManualHelp",
+                                                "rendaraSettingsManualHelp", manualSelectionAction};
+constexpr CommandEntry kAutomaticSelectionEntry = {"Automatic selection",          nullptr,
+                                                   "rendaraSettingsAutomatic",     "rendaraSettingsAutomaticHelp",
+                                                   "rendaraSettingsAutomaticHelp", automaticSelectionAction};
 constexpr CommandEntry kMainEntries[] = {
     {"Rendara Settings", "rd_settings.png", "rendaraSettings", "rendaraSettingsHelp", "Rendara settings",
      settingsAction},

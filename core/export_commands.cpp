@@ -122,8 +122,7 @@ bool RendaraPlugin::askSelection(const OpenModel& open) {
   }
   ProSelection* picks = nullptr;  // the host's own
   int count = 0;
-  if (ProSelect(toolkitText("prt_or_asm"), -1, nullptr, nullptr, nullptr, nullptr, &picks, &count) !=
-      PRO_TK_NO_ERROR) {
+  if (ProSelect(toolkitText("prt_or_asm"), -1, nullptr, nullptr, nullptr, nullptr, &picks, &count) != PRO_TK_NO_ERROR) {
     return false;
   }
   for (int pick = 0; pick < count && picks != nullptr; ++pick) {

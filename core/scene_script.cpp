@@ -72,12 +72,12 @@ void writeUpdateHeader(vntScene_api& scene, const ImportSettings& settings) {
 
 float meterScaleOfUnit(const wchar_t* unitName) {
   constexpr std::array<std::pair<std::wstring_view, float>, 7> kScales = {{{L"cm", 100.0F},
-                                                                          {L"ft", 3.2808399F},
-                                                                          {L"in", 39.370079F},
-                                                                          {L"mm", 1000.0F},
-                                                                          {L"mil", 39370.078F},
-                                                                          {L"micron", 1000000.0F},
-                                                                          {L"m", 1.0F}}};
+                                                                           {L"ft", 3.2808399F},
+                                                                           {L"in", 39.370079F},
+                                                                           {L"mm", 1000.0F},
+                                                                           {L"mil", 39370.078F},
+                                                                           {L"micron", 1000000.0F},
+                                                                           {L"m", 1.0F}}};
   for (const auto& [name, scale] : kScales) {
     if (name == unitName) {
       return scale;

@@ -160,8 +160,7 @@ class Traversal {
 
   void writeOccurrence(Component& component) {
     const bool known = component.sceneName.exact && plugin_.isNameWritten(component.sceneName.text);
-    const bool wanted =
-        component.included && (!plugin_.updateInProgress || component.changed || component.selected);
+    const bool wanted = component.included && (!plugin_.updateInProgress || component.changed || component.selected);
     if (known && component.included) {
       plugin_.writeReference(component.model, component.ownPath, component.fullPath, component.sceneName.text,
                              component.placement);

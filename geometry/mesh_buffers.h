@@ -11,11 +11,11 @@ class vntScene_api;
 // Buffers that are reused from group to group and keep their capacity. Coordinates are the part's own, narrowed to
 // single precision.
 struct MeshBuffers {
-  GrowingArray<float> meshVertices;    // x, y, z each
-  GrowingArray<float> meshNormals;     // x, y, z each; may be fewer than vertices
-  GrowingArray<float> meshUVs;         // u, v each; may be fewer than vertices
-  GrowingArray<int> meshTriangles;     // three indices each, 0-based, into meshVertices
-  int vertexOffset = 0;                // what the next surface's indices are raised by
+  GrowingArray<float> meshVertices;  // x, y, z each
+  GrowingArray<float> meshNormals;   // x, y, z each; may be fewer than vertices
+  GrowingArray<float> meshUVs;       // u, v each; may be fewer than vertices
+  GrowingArray<int> meshTriangles;   // three indices each, 0-based, into meshVertices
+  int vertexOffset = 0;              // what the next surface's indices are raised by
 
   void clear();
 

@@ -15,10 +15,10 @@ class vntScene_api;
 
 struct PartOccurrence {
   ProPart part = nullptr;
-  ProAsmcomppath appearancePath{};     // the one-level path that leads to it: its owner and its own identifier
-  const char* name = "";               // of the occurrence's group
-  const double* placement = nullptr;   // sixteen values, row by row
-  bool defineGeometry = false;         // false: the group, its animation and its placement alone
+  ProAsmcomppath appearancePath{};    // the one-level path that leads to it: its owner and its own identifier
+  const char* name = "";              // of the occurrence's group
+  const double* placement = nullptr;  // sixteen values, row by row
+  bool defineGeometry = false;        // false: the group, its animation and its placement alone
 };
 
 struct GeometryOptions {
@@ -29,7 +29,7 @@ struct GeometryOptions {
 
 // What was written of the occurrence's geometry.
 struct WrittenGeometry {
-  bool any = false;                            // an object with geometry was written
+  bool any = false;                             // an object with geometry was written
   std::optional<MaterialRecord> firstMaterial;  // of the first object written
 };
 

@@ -25,9 +25,7 @@ double partSize(ProPart part) {
   return std::isfinite(size) && size > 0.0 ? size : 1.0;
 }
 
-double usableQuality(double quality) {
-  return std::isnan(quality) ? kDefaultQuality : std::clamp(quality, 0.0, 1.0);
-}
+double usableQuality(double quality) { return std::isnan(quality) ? kDefaultQuality : std::clamp(quality, 0.0, 1.0); }
 
 double chordHeight(double size, double quality) {
   const double coarsest = size * 0.01 * 0.05;

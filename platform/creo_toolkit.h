@@ -8,8 +8,8 @@
 #include <ProArray.h>
 #include <ProAsmcomp.h>
 #include <ProAsmcomppath.h>
-#include <ProFeature.h>
 #include <ProFeatType.h>
+#include <ProFeature.h>
 #include <ProGeomitem.h>
 #include <ProGraphic.h>
 #include <ProLayer.h>

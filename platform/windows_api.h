@@ -29,8 +29,7 @@ extern "C" {
 // is too small).
 int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int wideLength, char* narrow, int narrowSize,
                         const char* defaultCharacter, BOOL* usedDefaultCharacter);
-int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int narrowLength, wchar_t* wide,
-                        int wideSize);
+int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int narrowLength, wchar_t* wide, int wideSize);
 
 // True when the byte begins a double-byte character of the system code page.
 BOOL IsDBCSLeadByte(unsigned char byte);

@@ -34,10 +34,15 @@ NarrowText narrowText(const std::wstring& wide) {
   }
   const int wideLength = static_cast<int>(wide.size());
   BOOL replaced = 0;
-  // No character takes more than four bytes in an ANSI code page.
+  // No character takes more than four bytes in a system code page.
   result.text.resize(wide.size() * 4);
-  const int length = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), wideLength, result.text.data(),
-                                         static_cast<int>(result.text.size()), "?", &replaced);
+  const int size = static_cast<int>(result.text.size());
+  int length = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), wideLength, result.text.data(), size, "?",
+                                   &replaced);
+  if (length == 0) {
+    // UTF-8 as the system code page takes neither flags nor a replacement.
+    length = WideCharToMultiByte(CP_ACP, 0, wide.data(), wideLength, result.text.data(), size, nullptr, nullptr);
+  }
   result.text.resize(static_cast<std::size_t>(std::max(length, 0)));
   result.exact = length > 0 && replaced == 0;
   return result;

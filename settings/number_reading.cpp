@@ -43,8 +43,8 @@ bool isTooLarge(std::string_view number, bool hexadecimal) {
     }
     exponent = negative ? -exponent : exponent;
   }
-  const auto point = static_cast<long long>(mantissa.find('.') == std::string_view::npos ? mantissa.size()
-                                                                                          : mantissa.find('.'));
+  const auto point =
+      static_cast<long long>(mantissa.find('.') == std::string_view::npos ? mantissa.size() : mantissa.find('.'));
   const auto first = static_cast<long long>(mantissa.find_first_of(digits));
   return exponent + (point - first) * (hexadecimal ? 4 : 1) > 0;
 }

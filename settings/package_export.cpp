@@ -49,8 +49,8 @@ std::optional<std::wstring> askPackagePath(const std::wstring& lastPath) {
   ProPath chosen{};
   copyTerminated(last.directory, directory);
   copyTerminated(last.name, name);
-  const ProError status = ProFileSave(toolkitText(L"Save as rpk"), toolkitText(L"*.rpk"), nullptr, nullptr, directory,
-                                      name, chosen);
+  const ProError status =
+      ProFileSave(toolkitText(L"Save as rpk"), toolkitText(L"*.rpk"), nullptr, nullptr, directory, name, chosen);
   if (status == PRO_TK_USER_ABORT) {
     return std::nullopt;
   }

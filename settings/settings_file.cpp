@@ -71,8 +71,14 @@ std::string narrowPath(const std::wstring& path) {
     return {};
   }
   std::string narrow(path.size() * 4, '\0');
-  const int length = WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, path.data(), static_cast<int>(path.size()),
-                                         narrow.data(), static_cast<int>(narrow.size()), nullptr, nullptr);
+  const int wideLength = static_cast<int>(path.size());
+  const int size = static_cast<int>(narrow.size());
+  int length =
+      WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, path.data(), wideLength, narrow.data(), size, nullptr, nullptr);
+  if (length == 0) {
+    // UTF-8 as the system code page takes no flags.
+    length = WideCharToMultiByte(CP_ACP, 0, path.data(), wideLength, narrow.data(), size, nullptr, nullptr);
+  }
   narrow.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
   truncateWhole(narrow, kPathBuffer - 1);
   return narrow;

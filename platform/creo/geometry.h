@@ -1,8 +1,8 @@
 // Surfaces, quilts and their tessellation.
 #pragma once
 
-#include "platform/creo/types.h"
 #include "platform/creo/model.h"
+#include "platform/creo/types.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -42,8 +42,7 @@ ProError ProSurfacetessellationinputAlloc(ProSurfaceTessellationInput* p_input);
 ProError ProSurfacetessellationinputFree(ProSurfaceTessellationInput* p_input);
 ProError ProSurfacetessellationinputChordheightSet(ProSurfaceTessellationInput input, double chord_height);
 ProError ProSurfacetessellationinputUvprojectionSet(ProSurfaceTessellationInput input,
-                                                    ProSurfaceTessellationProjection projection,
-                                                    void* projection_data);
+                                                    ProSurfaceTessellationProjection projection, void* projection_data);
 
 // The tessellation is allocated for the caller, and so is each array that is read from it.
 ProError ProSurfaceTessellationGet(ProMdl owner, ProSurface p_surface, ProSurfaceTessellationInput input,

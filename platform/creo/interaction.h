@@ -15,9 +15,9 @@ typedef int uiCmdAccessMode;
 typedef int (*uiCmdCmdActFn)(uiCmdCmdId command, uiCmdValue* p_value, void* p_push_command_data);
 typedef uiCmdAccessState (*uiCmdAccessFn)(uiCmdAccessMode access_mode);
 
-ProError ProCmdActionAdd(char* action_name, uiCmdCmdActFn action_cb, uiCmdPriority priority,
-                         uiCmdAccessFn access_func, ProBoolean allow_in_non_active_window,
-                         ProBoolean allow_in_accessory_window, uiCmdCmdId* action_id);
+ProError ProCmdActionAdd(char* action_name, uiCmdCmdActFn action_cb, uiCmdPriority priority, uiCmdAccessFn access_func,
+                         ProBoolean allow_in_non_active_window, ProBoolean allow_in_accessory_window,
+                         uiCmdCmdId* action_id);
 ProError ProCmdIconSet(uiCmdCmdId cmd_id, char* icon_filename);
 ProError ProCmdDesignate(uiCmdCmdId cmd_id, char* button_label, char* one_line_help, char* description,
                          ProFileName menu_file);
@@ -30,8 +30,7 @@ typedef struct sel_app_action ProSelAppAction;
 
 // The array of picks is the session's own and holds until the next selection.
 ProError ProSelect(char option[], int max_count, ProSelection* p_in_sel, ProSelFunctions* sel_func,
-                   ProSelectionEnv sel_env, ProSelAppAction* appl_act_data, ProSelection** p_sel_array,
-                   int* p_n_sels);
+                   ProSelectionEnv sel_env, ProSelAppAction* appl_act_data, ProSelection** p_sel_array, int* p_n_sels);
 ProError ProSelectionAsmcomppathGet(ProSelection selection, ProAsmcomppath* p_cmp_path);
 
 ProError ProFileSave(wchar_t* dialog_label, wchar_t* filter_string, ProPath* shortcut_path_arr,

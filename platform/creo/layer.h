@@ -7,11 +7,7 @@
 extern "C" {
 #endif
 
-typedef enum {
-  PRO_LAYER_PART = PRO_PART,
-  PRO_LAYER_FEAT = PRO_FEATURE,
-  PRO_LAYER_QUILT = PRO_QUILT
-} ProLayerType;
+typedef enum { PRO_LAYER_PART = PRO_PART, PRO_LAYER_FEAT = PRO_FEATURE, PRO_LAYER_QUILT = PRO_QUILT } ProLayerType;
 
 typedef struct pro_layer_item {
   ProLayerType type;

@@ -60,9 +60,8 @@ TEST_F(Cameras, EverySavedViewFollowsUnderItsName) {
   part.views.push_back({L"\u00c4 view \u65e5", standin::kIdentity});
   part.views.push_back({std::wstring(80, L'v'), standin::kIdentity});
   write();
-  EXPECT_EQ(calls("beginCamera "),
-            (std::vector<std::string>{"\"Current Creo camera\"", "\"FRONT\"", "\"\xc4 view ?\"",
-                                      '"' + std::string(80, 'v') + '"'}));
+  EXPECT_EQ(calls("beginCamera "), (std::vector<std::string>{"\"Current Creo camera\"", "\"FRONT\"", "\"\xc4 view ?\"",
+                                                             '"' + std::string(80, 'v') + '"'}));
 }
 
 TEST_F(Cameras, AMatrixThatCannotBeInvertedShowsTheOneBefore) {

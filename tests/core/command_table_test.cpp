@@ -61,10 +61,16 @@ TEST_F(CommandTable, RegistersSixCommandsInTheirOrder) {
   EXPECT_EQ(plugin().exportCommandId, session.findCommand("Rendara Export")->id);
 }
 
-TEST_F(CommandTable, EveryKeyHasAText) {
+TEST_F(CommandTable, EveryKeyHasATextAndEveryIconAnImage) {
   session.messageFolder = RENDARA_SOURCE_DIR "/resources/text";
   registerCommands(RendaraPlugin::instance());
+  session.runCommand("Manual selection");
+  session.runCommand("Automatic selection");
   for (const standin::Command& command : session.commands()) {
+    for (const std::string& icon : command.icons) {
+      EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(RENDARA_SOURCE_DIR "/resources/resource") / icon))
+          << icon;
+    }
     for (const std::string& key : {command.labelKey, command.helpKey, command.descriptionKey}) {
       EXPECT_FALSE(session.message(command.messageFile, key).value_or(L"").empty()) << key;
     }

@@ -91,7 +91,8 @@ TEST_F(TraversalTest, ReferenceNamesItsSourceAndCarriesItsOwnMaterialAndPlacemen
   };
   EXPECT_NE(text.find(reference("steel:128:128:128", "0.5 0.5 0.5", 4, 3)), std::string::npos) << text;
   EXPECT_NE(text.find(reference("brass:255:204:102", "1 0.8 0.4", 5, 4)), std::string::npos)
-      << "without an appearance of its own: the material written first\n" << text;
+      << "without an appearance of its own: the material written first\n"
+      << text;
 }
 
 TEST_F(TraversalTest, PlacementsAreRelativeToTheEnclosingGroup) {

@@ -31,9 +31,9 @@ constexpr double kDefaultChord = 0.000162;  // of the part's diagonal, at the de
 
 struct ModelCase {
   const char* file;
-  int parts;          // distinct, those without faces included
+  int parts;  // distinct, those without faces included
   int placedParts;
-  int faces;          // of the distinct parts
+  int faces;  // of the distinct parts
   int placedFaces;
   double meterScale;  // units per metre
   const char* quality = "0.2";
@@ -170,8 +170,8 @@ class ModelExport : public ::testing::TestWithParam<ModelCase> {
         byName[sceneName(*model)] = model.get();
       }
     }
-    writeFile("rendara_plugin_settings.xml",
-              std::string("<settings><tessellationQuality>") + GetParam().quality + "</tessellationQuality></settings>");
+    writeFile("rendara_plugin_settings.xml", std::string("<settings><tessellationQuality>") + GetParam().quality +
+                                                 "</tessellationQuality></settings>");
     bytes = exportPackage();
     scene = rpk::readScene(bytes);
   }

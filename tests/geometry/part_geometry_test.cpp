@@ -26,8 +26,10 @@ const Appearance kBlue = {L"blue", {0, 0, 1}, L""};
 
 // A triangle whose corners carry a number, so that it can be told apart in the output.
 SurfaceMesh triangle(double number) {
-  return {{{number, 0, 0}, {number, 1, 0}, {number, 0, 1}}, {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}},
-          {{0, 0}, {1, 0}, {0, 1}}, {{0, 1, 2}}};
+  return {{{number, 0, 0}, {number, 1, 0}, {number, 0, 1}},
+          {{1, 0, 0}, {1, 0, 0}, {1, 0, 0}},
+          {{0, 0}, {1, 0}, {0, 1}},
+          {{0, 1, 2}}};
 }
 
 class PartGeometry : public ::testing::Test {
@@ -113,9 +115,9 @@ TEST_F(PartGeometry, GroupsByMaterialInTheOrderOfTheNames) {
   add(triangle(3)).appearance = Appearance{L"RED", {0.9999, 0, 0.001}, L""};  // the same name in lower case
   add(triangle(4));
   write();
-  EXPECT_EQ(values("beginMaterial "), (std::vector<std::string>{"\"cover:blue:0:0:255\" noDefine",
-                                                                 "\"cover:color:153:153:153\" noDefine",
-                                                                 "\"cover:red:255:0:0\" noDefine"}));
+  EXPECT_EQ(values("beginMaterial "),
+            (std::vector<std::string>{"\"cover:blue:0:0:255\" noDefine", "\"cover:color:153:153:153\" noDefine",
+                                      "\"cover:red:255:0:0\" noDefine"}));
   EXPECT_EQ(values("parameter \"vertices\" "),
             (std::vector<std::string>{"0x8001 [2 0 0, 2 1 0, 2 0 1]", "0x8001 [4 0 0, 4 1 0, 4 0 1]",
                                       "0x8001 [1 0 0, 1 1 0, 1 0 1, 3 0 0, 3 1 0, 3 0 1]"}));

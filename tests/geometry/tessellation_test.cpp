@@ -42,8 +42,7 @@ class Tessellating : public ::testing::Test {
   // The qualities behind the chord heights that the surface was asked for.
   std::vector<double> attempts(double quality) {
     mesherOf(part).requests.clear();
-    const Tessellation result =
-        SurfaceTessellator(solid(part), quality).tessellate(handle(part.surfaces.front()));
+    const Tessellation result = SurfaceTessellator(solid(part), quality).tessellate(handle(part.surfaces.front()));
     succeeded = static_cast<bool>(result);
     std::vector<double> qualities;
     for (const auto& request : mesherOf(part).requests) {

@@ -13,11 +13,38 @@ namespace {
 
 // The C library is the judge; it runs in the C locale here.
 TEST(NumberReading, DoublesReadAsTheCLibraryReadsThem) {
-  for (const std::string text :
-       {"0.2", "  \t\n0.25abc", "+1.5", "-0.0", "1e3", "1e", "1e+", ".5", "5.", ".", "", "abc", "--1", "+-1", "0x1.8p1",
-        "0x", "0xg", "0x.8", "inf", "-Infinity", "1e400", "-1e400", "1e-400", "0.00000000000000000001e-320",
-        "100000000000000000000e300", "1,5", "\v\f\r7", "0x1p99999", "0x0.0001p-99999", "1e99999999999999999999",
-        "1e-99999999999999999999", "0.1e1_"}) {
+  for (const std::string text : {"0.2",
+                                 "  \t\n0.25abc",
+                                 "+1.5",
+                                 "-0.0",
+                                 "1e3",
+                                 "1e",
+                                 "1e+",
+                                 ".5",
+                                 "5.",
+                                 ".",
+                                 "",
+                                 "abc",
+                                 "--1",
+                                 "+-1",
+                                 "0x1.8p1",
+                                 "0x",
+                                 "0xg",
+                                 "0x.8",
+                                 "inf",
+                                 "-Infinity",
+                                 "1e400",
+                                 "-1e400",
+                                 "1e-400",
+                                 "0.00000000000000000001e-320",
+                                 "100000000000000000000e300",
+                                 "1,5",
+                                 "\v\f\r7",
+                                 "0x1p99999",
+                                 "0x0.0001p-99999",
+                                 "1e99999999999999999999",
+                                 "1e-99999999999999999999",
+                                 "0.1e1_"}) {
     const double expected = std::atof(text.c_str());
     const double actual = readDouble(text);
     EXPECT_EQ(expected, actual) << '"' << text << '"';

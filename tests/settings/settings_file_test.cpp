@@ -23,7 +23,8 @@ class SettingsFile : public ::testing::Test {
     return settings;
   }
   void write(const std::string& children, const std::string& root = "rendara_plugin_settings") const {
-    writeFile(folder.path() / kSettingsFile, "<?xml version=\"1.0\" ?>\n<" + root + ">" + children + "</" + root + ">\n");
+    writeFile(folder.path() / kSettingsFile,
+              "<?xml version=\"1.0\" ?>\n<" + root + ">" + children + "</" + root + ">\n");
   }
 
   WorkingFolder folder;
@@ -76,9 +77,13 @@ TEST_F(SettingsFile, ComesBackWholeWithSixDecimalsWhateverTheLocale) {
 TEST_F(SettingsFile, FilesThatCannotBeReadChangeNothing) {
   start.tessellationQuality = 0.7;
   start.exportPath = L"kept";
-  const std::string damaged[] = {"", "<", "<?xml version=\"1.0\" ?>", "no xml at all",
+  const std::string damaged[] = {"",
+                                 "<",
+                                 "<?xml version=\"1.0\" ?>",
+                                 "no xml at all",
                                  "<a><tessellationQuality>0.1</tessellationQuality>",
-                                 std::string("<a>\0</a>", 8), "<a><b></a></b>"};
+                                 std::string("<a>\0</a>", 8),
+                                 "<a><b></a></b>"};
   EXPECT_EQ(loaded().tessellationQuality, 0.7) << "no file";
   for (const std::string& content : damaged) {
     writeFile(folder.path() / kSettingsFile, content);
@@ -90,10 +95,12 @@ TEST_F(SettingsFile, FilesThatCannotBeReadChangeNothing) {
 TEST_F(SettingsFile, EachElementStandsForItself) {
   start.selectionMode = kManualSelection;
   start.upAxis = 3;
-  write("<selectionMode>Automatic</selectionMode><includeNURBS>1</includeNURBS><separateMaterials>True</separateMaterials>"
-        "<promptForMechanism>true</promptForMechanism><upAxis></upAxis><tessellationQuality> 0.5x</tessellationQuality>"
-        "<exportPath><b/></exportPath>",
-        "any_root");
+  write(
+      "<selectionMode>Automatic</selectionMode><includeNURBS>1</includeNURBS><separateMaterials>True</"
+      "separateMaterials>"
+      "<promptForMechanism>true</promptForMechanism><upAxis></upAxis><tessellationQuality> 0.5x</tessellationQuality>"
+      "<exportPath><b/></exportPath>",
+      "any_root");
   const PluginSettings back = loaded();
   EXPECT_EQ(back.selectionMode, kManualSelection) << "letter case matters, and the mode stays";
   EXPECT_FALSE(back.includeNURBS);
