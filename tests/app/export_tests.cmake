@@ -1,5 +1,5 @@
 # What the package holds is not compared here, but that it is complete and counted.
-set(pair_summary "/work/pair.rpk\nparts +2\noccurrences +[34]\nreferences +1\nsurfaces +9\ntriangles +[0-9]+\n")
+set(pair_summary "/files/pair.rpk\nparts +2\noccurrences +[34]\nreferences +1\nsurfaces +9\ntriangles +[0-9]+\n")
 string(APPEND pair_summary "left out +0\npackage +[0-9]+ bytes\nseconds +read .*, tessellate .*, plug-in .*\n$")
 add_standin_test(export ARGS export ${pair} pair.rpk EXIT 0 OUTPUT "${pair_summary}" WRITES pair.rpk)
 add_standin_test(export_over_old SETUP "file(WRITE \"\${WORK}/pair.rpk\" \"old\")"
