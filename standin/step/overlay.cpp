@@ -237,15 +237,10 @@ class Overlay {
     // Keeps the colour that was there before when the entry gives none.
     Appearance over(const std::optional<Appearance>& before) const {
       Appearance appearance;
-      if (color)
-        appearance.color = *color;
-      else if (before)
-        appearance.color = before->color;
+      if (color || before) appearance.color = color ? *color : before->color;
       appearance.texture = texture.filename().wstring();
-      if (name)
-        appearance.name = *name;
-      else
-        appearance.name = texture.empty() ? colorName(appearance.color) : texture.stem().wstring();
+      appearance.name = texture.empty() ? colorName(appearance.color) : texture.stem().wstring();
+      if (name) appearance.name = *name;
       return appearance;
     }
   };

@@ -122,18 +122,14 @@ std::vector<double> JsonNode::numbers(std::size_t size) const {
   return found;
 }
 
-struct JsonDocument::Value {
-  json document;
-};
-
-JsonDocument::JsonDocument(const std::filesystem::path& file) : value_(std::make_unique<Value>()) {
+JsonDocument::JsonDocument(const std::filesystem::path& file) : document_(std::make_unique<json>()) {
   std::error_code error;
   if (std::filesystem::is_directory(file, error)) throw OverlayError("is a folder, not a file");
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw OverlayError("cannot be read");
   TwiceGuard guard;
   try {
-    value_->document = json::parse(
+    *document_ = json::parse(
         stream, [&guard](int depth, json::parse_event_t event, json& parsed) { return guard(depth, event, parsed); },
         true, true);
   } catch (const json::exception& failure) {
@@ -143,6 +139,6 @@ JsonDocument::JsonDocument(const std::filesystem::path& file) : value_(std::make
 
 JsonDocument::~JsonDocument() = default;
 
-JsonNode JsonDocument::root() const { return {value_->document, ""}; }
+JsonNode JsonDocument::root() const { return {*document_, ""}; }
 
 }  // namespace standin

@@ -61,8 +61,7 @@ class JsonDocument {
   JsonNode root() const;
 
  private:
-  struct Value;
-  std::unique_ptr<Value> value_;
+  std::unique_ptr<nlohmann::json> document_;
 };
 
 }  // namespace standin

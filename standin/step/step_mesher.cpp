@@ -94,10 +94,11 @@ std::vector<StepMesher::Answer> StepMesher::tessellate(const Indices& faces, dou
   if (!complete()) guarded(answers, [&] { tessellateRepaired(faces, deflection, answers); });
   Message::DefaultMessenger()->ChangePrinters() = printers;
   for (Answer& answer : answers) {
-    if (answer.mesh)
+    if (answer.mesh) {
       answer.failure.clear();
-    else if (answer.failure.empty())
+    } else if (answer.failure.empty()) {
       answer.failure = "the face gets no triangulation";
+    }
   }
   return answers;
 }

@@ -160,8 +160,8 @@ TEST(ModelFiles, KeepColoursAsWritten) {
     ASSERT_TRUE(surface.appearance);
     colors[surface.appearance->name] = surface.appearance->color;
   }
-  std::vector<std::wstring> names;
-  for (const auto& color : colors) names.push_back(color.first);
+  std::vector<std::wstring> names(colors.size());
+  std::transform(colors.begin(), colors.end(), names.begin(), [](const auto& color) { return color.first; });
   EXPECT_EQ(names, (std::vector<std::wstring>{L"color 0000ff", L"color 00aa00", L"color aa55ff", L"color ff0000",
                                               L"color ffaaff", L"color ffff7f"}));
   EXPECT_NEAR(colors[L"color aa55ff"][0], 0.666666687201, 1e-6);
