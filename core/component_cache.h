@@ -7,18 +7,10 @@
 #include <utility>
 
 #include "core/component_path.h"
+#include "geometry/part_geometry.h"
 #include "platform/creo_handles.h"
 
 namespace rendara {
-
-// Settings that change every mesh. While they differ from those of the last scene, every component is changed.
-struct MeshSettings {
-  double tessellationQuality = 0.0;
-  bool includeNURBS = false;
-  bool separateMaterials = false;
-
-  bool operator==(const MeshSettings&) const = default;
-};
 
 class ComponentCache {
  public:
@@ -26,15 +18,16 @@ class ComponentCache {
   std::size_t size() const { return sent_.size(); }
 
   // Begins a scene: what is noted from here on takes the place of the entries when the scene is finished.
-  void beginScene(const MeshSettings& settings) {
+  void beginScene(const GeometryOptions& options) {
     next_.clear();
-    nextSettings_ = settings;
+    nextOptions_ = options;
   }
 
   // Whether the renderer holds the component as it is now.
   bool holds(const ProAsmcomppath& path, const VersionStamp& stamp) const {
-    const auto entry = settings_ == nextSettings_ ? sent_.find(path) : sent_.end();
-    return entry != sent_.end() && stamp && ProVerstampEqual(entry->second.get(), stamp.get()) == PRO_B_TRUE;
+    const auto entry = options_ == nextOptions_ ? sent_.find(path) : sent_.end();
+    return entry != sent_.end() && entry->second && stamp &&
+           ProVerstampEqual(entry->second.get(), stamp.get()) == PRO_B_TRUE;
   }
 
   // Notes that after this scene the renderer holds the component.
@@ -43,7 +36,7 @@ class ComponentCache {
   // The scene has arrived.
   void finishScene() {
     sent_ = std::exchange(next_, {});
-    settings_ = nextSettings_;
+    options_ = nextOptions_;
   }
 
   // The scene has not arrived; what was noted is dropped.
@@ -54,8 +47,9 @@ class ComponentCache {
 
   Stamps sent_;
   Stamps next_;
-  MeshSettings settings_;
-  MeshSettings nextSettings_;
+  // While these differ from those of the last scene, every component is changed.
+  GeometryOptions options_;
+  GeometryOptions nextOptions_;
 };
 
 }  // namespace rendara

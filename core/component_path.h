@@ -1,4 +1,4 @@
-// A component path as a key: owner, identifiers and count, compared as a whole.
+// Component paths: as keys (owner, identifiers and count, compared as a whole), and where they lead to.
 #pragma once
 
 #include <algorithm>
@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "platform/creo_toolkit.h"
+#include "scene/matrix.h"
 
 namespace rendara {
 
@@ -35,5 +36,8 @@ struct PathHash {
     return std::hash<std::uint64_t>()(hash);
   }
 };
+
+// From the component's coordinates to those of the path's owner; the identity when it cannot be had.
+Matrix componentTransform(ProAsmcomppath path);
 
 }  // namespace rendara

@@ -136,11 +136,6 @@ bool RendaraPlugin::askSelection(const OpenModel& open) {
 }
 
 void RendaraPlugin::sendScene(LinkMode mode, const OpenModel& open) {
-  const int portBefore = lastLiveLinkPort;
-  LiveScene live;
-  if (rendererLink) {
-    live = rendererLink->connect(mode, lastLiveLinkPort);
-  }
   const AtEnd release([this] {
     sceneOutput = {};
     componentCache.abandonScene();
@@ -148,18 +143,21 @@ void RendaraPlugin::sendScene(LinkMode mode, const OpenModel& open) {
       rendererLink->release();
     }
   });
-  if (live.scene == nullptr) {
-    if (mode == LinkMode::kLaunch) {
-      std::fputs("Failed", stdout);
-      std::fflush(stdout);
-    }
-    return;
+  const int portBefore = lastLiveLinkPort;
+  LiveScene live;
+  if (rendererLink) {
+    live = rendererLink->connect(mode, lastLiveLinkPort);
   }
   if (live.newInstance || lastLiveLinkPort != portBefore) {
     componentCache.clear();
   }
-  sceneOutput = {nullptr, live.scene};
-  writeLiveScene(mode, open);
+  if (live.scene != nullptr) {
+    sceneOutput = {nullptr, live.scene};
+    writeLiveScene(mode, open);
+  } else if (mode == LinkMode::kLaunch) {
+    std::fputs("Failed", stdout);
+    std::fflush(stdout);
+  }
 }
 
 void RendaraPlugin::writeLiveScene(LinkMode mode, const OpenModel& open) {
@@ -169,13 +167,13 @@ void RendaraPlugin::writeLiveScene(LinkMode mode, const OpenModel& open) {
   } else {
     writeUpdateHeader(scene, importSettings());
   }
-  componentCache.beginScene(meshSettings());
+  componentCache.beginScene(geometryOptions());
   SceneBuilder builder(&scene);
   builder.openGroup(open.name.c_str());
   scene.flags(kTopGroupFlags);
   traverseModel(*this, builder, open);
   builder.closeGroup();
-  if (scene.endScene()) {
+  if (builder.finish()) {
     componentCache.finishScene();
   }
 }
@@ -192,6 +190,7 @@ void RendaraPlugin::writePackage() {
 }
 
 void RendaraPlugin::writeOpenPackage(const OpenModel& open) {
+  closeLeftOverFile();
   std::FILE* file = _wfopen(settings.exportPath.c_str(), L"wb+");
   if (file == nullptr) {
     return;
@@ -201,7 +200,7 @@ void RendaraPlugin::writeOpenPackage(const OpenModel& open) {
   try {
     writer = std::make_unique<vntScene_api_file>(file, true);
   } catch (const std::bad_alloc&) {
-    return;  // the file stays open
+    return;  // the file stays open until the next package or the end
   }
   sceneOutput.scene = writer.get();
   // The writer closes the file; the handle is only forgotten.

@@ -22,10 +22,13 @@ RendaraPlugin::RendaraPlugin() {
   settings.previousTessellationQuality = settings.tessellationQuality;
 }
 
-RendaraPlugin::~RendaraPlugin() {
+RendaraPlugin::~RendaraPlugin() { closeLeftOverFile(); }
+
+void RendaraPlugin::closeLeftOverFile() {
   if (sceneOutput.file != nullptr) {
     std::fclose(sceneOutput.file);
   }
+  sceneOutput = {};
 }
 
 RendaraPlugin* RendaraPlugin::instance() {
@@ -56,32 +59,32 @@ void RendaraPlugin::setSelectionMode(bool manual) {
 
 void RendaraPlugin::chooseSelectionMode(SelectionMode mode) {
   const bool manual = mode == kManualSelection;
-  settings.selectionMode = mode;
-  setUpdateIcons(selectionCommands, manual);
+  setSelectionMode(manual);
   saveSettings();
   // The second pair is the one that stays on the ribbon.
   setCheckIcons(selectionCommands, manual);
 }
 
-void RendaraPlugin::exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath,
+bool RendaraPlugin::exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath,
                                        const ProAsmcomppath& animationPath, const NarrowText& name,
                                        const Matrix& placement, bool defineGeometry) {
   const PartOccurrence occurrence{part, appearancePath, name.text.c_str(), placement.data(), defineGeometry};
-  const GeometryOptions options{settings.tessellationQuality, settings.includeNURBS, settings.separateMaterials};
-  const WrittenGeometry written =
-      rendara::exportPartGeometry(*sceneOutput.scene, occurrence, options, meshBuffers,
+  const auto firstMaterial =
+      rendara::exportPartGeometry(*sceneOutput.scene, occurrence, geometryOptions(), meshBuffers,
                                   [&] { writeComponentAnimation(animationPath, name.text.c_str()); });
   // Two names that lost characters can be equal without meaning the same part.
-  if (written.firstMaterial && name.exact) {
-    writtenNames.try_emplace(name.text, *written.firstMaterial);
+  if (firstMaterial && name.exact) {
+    writtenNames.try_emplace(name.text, *firstMaterial);
   }
+  return firstMaterial.has_value();
 }
 
 void RendaraPlugin::writeReference(ProMdl model, const ProAsmcomppath& appearancePath,
                                    const ProAsmcomppath& animationPath, const std::string& name,
                                    const Matrix& placement) {
   const std::string partName = modelName(model).text;
-  const MaterialRecord record = occurrenceMaterial(model, appearancePath).value_or(writtenNames.at(name));
+  const auto own = occurrenceMaterial(model, appearancePath);
+  const MaterialRecord& record = own ? *own : writtenNames.at(name);
   vntScene_api& scene = *sceneOutput.scene;
   scene.beginGroup(name.c_str(), true);
   scene.beginObject(partName.c_str(), true);
@@ -96,7 +99,10 @@ void RendaraPlugin::writeReference(ProMdl model, const ProAsmcomppath& appearanc
 }
 
 void RendaraPlugin::writeComponentAnimation(const ProAsmcomppath& animationPath, const char* name) {
-  rendara::writeComponentAnimation(*sceneOutput.scene, animation, animationPath, name);
+  if (!animation.animationFrames.empty()) {
+    rendara::writeComponentAnimation(*sceneOutput.scene, animation, animationPath, componentTransform(animationPath),
+                                     name);
+  }
 }
 
 }  // namespace rendara

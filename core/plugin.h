@@ -67,7 +67,8 @@ class RendaraPlugin {
 
   // One occurrence of a part or of an assembly's own surfaces; see geometry/part_geometry.h. What was written under
   // the name is what later occurrences of the name refer to.
-  void exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath, const ProAsmcomppath& animationPath,
+  // True when geometry was written.
+  bool exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath, const ProAsmcomppath& animationPath,
                           const NarrowText& name, const Matrix& placement, bool defineGeometry);
   // An occurrence of a name under which geometry stands in this scene already.
   void writeReference(ProMdl model, const ProAsmcomppath& appearancePath, const ProAsmcomppath& animationPath,
@@ -76,7 +77,7 @@ class RendaraPlugin {
   bool isNameWritten(const std::string& name) const { return writtenNames.contains(name); }
 
   ImportSettings importSettings() const { return {settings.includeNURBS, settings.upAxis, meterScale}; }
-  MeshSettings meshSettings() const {
+  GeometryOptions geometryOptions() const {
     return {settings.tessellationQuality, settings.includeNURBS, settings.separateMaterials};
   }
   bool isLive() const { return sceneOutput.file == nullptr; }
@@ -85,9 +86,7 @@ class RendaraPlugin {
   uiCmdCmdId exportCommandId{};
   uiCmdCmdId settingsCommandId{};
   uiCmdCmdId updateCommandId{};
-  uiCmdCmdId spareCommandId{};
   SelectionCommands selectionCommands;
-  std::vector<ProAsmcomppath> pendingItems;
   SceneOutput sceneOutput;
   ComponentCache componentCache;
   AnimationFrames animation;  // of the command that runs
@@ -96,18 +95,22 @@ class RendaraPlugin {
   std::vector<ProAsmcomppath> selection;  // what was picked for a manual Update
   bool wholeModelPicked = false;
   bool exportToFile = false;  // Render writes a package
-  std::array<bool, 2> furtherFlags{};
-  std::array<wchar_t, 1024> textBufferA{};
-  std::array<wchar_t, 1024> textBufferB{};
-  int spareIndex = -1;
-  float meterScale = 1.0F;  // model length units per metre
+  float meterScale = 1.0F;    // model length units per metre
   PluginSettings settings;
-  unsigned reservedWord = 0;
   std::vector<ProAsmcomppath> changedItems;  // what the Update in progress defines anew
   MeshBuffers meshBuffers;
   // The names under which this scene holds geometry, with the first material written under each.
   std::unordered_map<std::string, MaterialRecord> writtenNames;
   std::unique_ptr<RendererLink> rendererLink;  // null: no renderer can be reached
+
+  // Part of the object, with these values from the start; no command reads them.
+  uiCmdCmdId spareCommandId{};
+  std::vector<ProAsmcomppath> pendingItems;
+  std::array<bool, 2> furtherFlags{};
+  std::array<wchar_t, 1024> textBufferA{};
+  std::array<wchar_t, 1024> textBufferB{};
+  int spareIndex = -1;
+  unsigned reservedWord = 0;
 
  private:
   bool acceptMechanism();
@@ -115,6 +118,7 @@ class RendaraPlugin {
   bool chooseOpenRepresentation(OpenModel& open);
   bool askSelection(const OpenModel& open);
   void writeOpenPackage(const OpenModel& open);
+  void closeLeftOverFile();
   void runUpdate();
   void sendScene(LinkMode mode, const OpenModel& open);
   void writeLiveScene(LinkMode mode, const OpenModel& open);

@@ -24,7 +24,7 @@ class RendererLink {
   virtual LiveScene connect(LinkMode mode, int& lastPort) = 0;
 
   // Lets go of the renderer and of the scene object; also after a connection that failed.
-  virtual void release() = 0;
+  virtual void release() noexcept = 0;
 };
 
 }  // namespace rendara

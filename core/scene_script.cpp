@@ -24,7 +24,7 @@ void writeImportOptions(vntScene_api& scene, const ImportSettings& settings, Swi
   scene.parameter("meter_scale", kFloat, &settings.meterScale);
   const int off = 0;
   scene.parameter("ext", kBool, &off);
-  scene.endLoad();
+  scene.endBlock();
 }
 
 }  // namespace
@@ -47,7 +47,7 @@ void writePackageHeader(vntScene_api& scene, const ImportSettings& settings) {
   scene.writeFormatted("//---id:1---\n");
   scene.writeFormatted("// This is a Rendara scene file\n\n");
   scene.beginLoad("vntgeometry_nurbs.so");
-  scene.endLoad();
+  scene.endBlock();
   writeImportOptions(scene, settings,
                      {{"import_mode", 1},
                       {"import_merge_groups", 0},

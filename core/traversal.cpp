@@ -1,7 +1,6 @@
 #include "core/traversal.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <utility>
 
@@ -46,16 +45,6 @@ ProAsmcomppath makePath(ProSolid owner, ProIdTable identifiers, int count) {
   path.owner = owner;
   ProAsmcomppathInit(owner, identifiers, count, &path);
   return path;
-}
-
-Matrix componentTransform(ProAsmcomppath path) {
-  ProMatrix transform{};
-  if (ProAsmcomppathTrfGet(&path, PRO_B_TRUE, transform) != PRO_TK_NO_ERROR) {
-    return kIdentityMatrix;
-  }
-  Matrix matrix{};
-  std::memcpy(matrix.data(), transform, sizeof(transform));
-  return matrix;
 }
 
 ProError visitComponent(ProFeature* feature, ProError, ProAppData context);
@@ -161,7 +150,8 @@ class Traversal {
   void writeOccurrence(Component& component) {
     const bool known = component.sceneName.exact && plugin_.isNameWritten(component.sceneName.text);
     const bool wanted = component.included && (!plugin_.updateInProgress || component.changed || component.selected);
-    if (known && component.included) {
+    bool written = known && component.included;
+    if (written) {
       plugin_.writeReference(component.model, component.ownPath, component.fullPath, component.sceneName.text,
                              component.placement);
     } else {
@@ -169,11 +159,10 @@ class Traversal {
       if (define && plugin_.updateInProgress) {
         plugin_.changedItems.push_back(component.fullPath);
       }
-      plugin_.exportPartGeometry(static_cast<ProPart>(component.model), component.ownPath, component.fullPath,
-                                 component.sceneName, component.placement, define);
+      written = plugin_.exportPartGeometry(static_cast<ProPart>(component.model), component.ownPath, component.fullPath,
+                                           component.sceneName, component.placement, define);
     }
-    const bool sent = component.included && (known || wanted);
-    if (plugin_.isLive() && (sent || !component.changed)) {
+    if (plugin_.isLive() && (written || !component.changed)) {
       plugin_.componentCache.note(component.fullPath, std::move(component.stamp));
     }
   }

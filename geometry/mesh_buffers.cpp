@@ -15,6 +15,11 @@ void appendNarrowed(GrowingArray<float>& buffer, std::span<double[components]> v
   }
 }
 
+// Wraps around instead of overflowing: whatever index the host hands out is passed on.
+int raise(int index, int offset) {
+  return static_cast<int>(static_cast<unsigned>(index) + static_cast<unsigned>(offset));
+}
+
 template <typename T>
 SceneArray arrayOfElements(const GrowingArray<T>& buffer, std::size_t valuesPerElement) {
   return {buffer.data(), static_cast<int>(buffer.size() / valuesPerElement)};
@@ -47,10 +52,10 @@ void MeshBuffers::append(ProTessellation tessellation) {
     const auto triangles = facets.view();
     int* corner = meshTriangles.extend(triangles.size() * 3);
     for (const auto& triangle : triangles) {
-      corner = std::transform(triangle, triangle + 3, corner, [this](int index) { return index + vertexOffset; });
+      corner = std::transform(triangle, triangle + 3, corner, [this](int index) { return raise(index, vertexOffset); });
     }
   }
-  vertexOffset += static_cast<int>(points.size());
+  vertexOffset = raise(vertexOffset, static_cast<int>(points.size()));
 }
 
 void MeshBuffers::write(vntScene_api& scene) const {

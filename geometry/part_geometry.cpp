@@ -53,18 +53,18 @@ class PartWriter {
              MeshBuffers& buffers)
       : scene_(scene), occurrence_(occurrence), options_(options), buffers_(buffers) {}
 
-  WrittenGeometry writeGeometry(const SurfaceCollection& collection) {
+  std::optional<MaterialRecord> writeGeometry(const SurfaceCollection& collection) {
     partName_ = modelName(occurrence_.part).text;
     const SurfaceTessellator tessellator(occurrence_.part, options_.tessellationQuality);
     scene_.flags(kDefinedGeometryFlags);
     const MaterialGroups groups = groupByMaterial(collection, occurrence_, partName_, options_.separateMaterials);
-    WrittenGeometry written;
+    std::optional<MaterialRecord> first;
     for (const auto& [name, group] : groups) {
-      if (writeGroup(collection, tessellator, name, group) && !written.any) {
-        written = {true, group.record};
+      if (writeGroup(collection, tessellator, name, group) && !first) {
+        first = group.record;
       }
     }
-    return written;
+    return first;
   }
 
  private:
@@ -109,20 +109,22 @@ class PartWriter {
 
 NarrowText modelName(ProMdl model) {
   ProName name{};
-  ProMdlNameGet(model, name);
-  return narrowText(name, kModelNameBuffer);
+  const ProError status = ProMdlNameGet(model, name);
+  NarrowText narrow = narrowText(name, kModelNameBuffer);
+  narrow.exact = narrow.exact && status == PRO_TK_NO_ERROR;
+  return narrow;
 }
 
-WrittenGeometry exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
-                                   const GeometryOptions& options, MeshBuffers& buffers,
-                                   const std::function<void()>& writeAnimation) {
+std::optional<MaterialRecord> exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
+                                                 const GeometryOptions& options, MeshBuffers& buffers,
+                                                 const std::function<void()>& writeAnimation) {
   SurfaceCollection collection;
   collectSurfaces(occurrence.part, collection);
   if (collection.surfaces.empty()) {
-    return {};
+    return std::nullopt;
   }
   scene.beginGroup(occurrence.name, true);
-  WrittenGeometry written;
+  std::optional<MaterialRecord> written;
   if (occurrence.defineGeometry) {
     written = PartWriter(scene, occurrence, options, buffers).writeGeometry(collection);
   }

@@ -25,22 +25,19 @@ struct GeometryOptions {
   double tessellationQuality = 0.2;
   bool includeNURBS = true;       // wraps every material group in a group of its own
   bool separateMaterials = true;  // material names begin with the part's name
+
+  bool operator==(const GeometryOptions&) const = default;
 };
 
-// What was written of the occurrence's geometry.
-struct WrittenGeometry {
-  bool any = false;                             // an object with geometry was written
-  std::optional<MaterialRecord> firstMaterial;  // of the first object written
-};
-
-// The name of a model as narrow text, at most 259 bytes.
+// The name of a model as narrow text, at most 259 bytes; not exact when it cannot be had.
 NarrowText modelName(ProMdl model);
 
 // Writes the occurrence's group: geometry if it is to be defined, one mesh object for each material in the order of
 // the materials' names, then what `writeAnimation` writes, then the placement. A part without an exported surface
-// writes nothing at all. `buffers` are used and left with the last group's mesh.
-WrittenGeometry exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
-                                   const GeometryOptions& options, MeshBuffers& buffers,
-                                   const std::function<void()>& writeAnimation);
+// writes nothing at all. `buffers` are used and left with the last group's mesh. The result is the material of the
+// first object that was written; nothing when none was.
+std::optional<MaterialRecord> exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
+                                                 const GeometryOptions& options, MeshBuffers& buffers,
+                                                 const std::function<void()>& writeAnimation);
 
 }  // namespace rendara

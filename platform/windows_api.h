@@ -19,6 +19,7 @@ using DWORD = unsigned int;
 using BOOL = int;
 
 inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD WC_COMPOSITECHECK = 0x00000200;
 inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x00000400;
 
@@ -30,6 +31,9 @@ extern "C" {
 int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int wideLength, char* narrow, int narrowSize,
                         const char* defaultCharacter, BOOL* usedDefaultCharacter);
 int MultiByteToWideChar(UINT codePage, DWORD flags, const char* narrow, int narrowLength, wchar_t* wide, int wideSize);
+
+// The system code page, which CP_ACP stands for.
+UINT GetACP();
 
 // True when the byte begins a double-byte character of the system code page.
 BOOL IsDBCSLeadByte(unsigned char byte);

@@ -1,4 +1,4 @@
-// Reads material records from the CAD system's appearances: the one place where this folder meets the CAD system.
+// Reads material records from the CAD system's appearances: the one place where this folder meets it.
 #pragma once
 
 #include <optional>

@@ -97,7 +97,7 @@ void writeMaterial(vntScene_api& scene, const std::string& name, const MaterialR
   const CaptureBuffer* shader = scene.currentCapture();
   scene.endShader(0);
   scene.shader(0, shader);
-  scene.endMaterial();
+  scene.endBlock();
 }
 
 }  // namespace rendara

@@ -8,11 +8,23 @@
 namespace rendara {
 namespace {
 
+// The bytes of the character that a byte of the system code page begins.
+std::size_t characterLength(unsigned char first, bool utf8) {
+  if (!utf8) {
+    return IsDBCSLeadByte(first) != 0 ? 2 : 1;
+  }
+  if (first < 0xC0) {
+    return 1;
+  }
+  return first < 0xE0 ? 2 : (first < 0xF0 ? 3 : 4);
+}
+
 // The length up to which a text in the system code page holds whole characters only.
 std::size_t wholeCharacters(const std::string& text, std::size_t limit) {
+  const bool utf8 = GetACP() == CP_UTF8;
   std::size_t at = 0;
   while (at < text.size()) {
-    const std::size_t step = IsDBCSLeadByte(static_cast<unsigned char>(text[at])) != 0 ? 2 : 1;
+    const std::size_t step = characterLength(static_cast<unsigned char>(text[at]), utf8);
     if (at + step > limit) {
       break;
     }

@@ -1,4 +1,4 @@
-// Wide text as the 8-bit text in the system code page that the scene interface takes, and back.
+// Wide text as the 8-bit text in the system code page that the scene interface takes.
 #pragma once
 
 #include <cstddef>

@@ -45,10 +45,11 @@ void SceneBuilder::setUp(float x, float y, float z) { writeVector("up", x, y, z)
 
 void SceneBuilder::setFov(float fov) { scene_->parameter("fov", kFloat, &fov); }
 
-void SceneBuilder::finish() {
-  if (scene_ == nullptr) return;
-  scene_->endScene();
+bool SceneBuilder::finish() {
+  if (scene_ == nullptr) return false;
+  const bool handedOver = scene_->endScene();
   release();
+  return handedOver;
 }
 
 void SceneBuilder::writeVector(const char* name, float x, float y, float z) {

@@ -31,8 +31,9 @@ class SceneBuilder {
   void setUp(float x, float y, float z);
   void setFov(float fov);
 
-  // Ends the scene and then releases what a derived builder holds for it; without a scene it does nothing.
-  void finish();
+  // Ends the scene and then releases what a derived builder holds for it; without a scene it does nothing. True when
+  // the scene was handed over.
+  bool finish();
 
  protected:
   virtual void release() {}

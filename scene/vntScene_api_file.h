@@ -129,13 +129,14 @@ class vntScene_api_file final : public vntScene_api {
   void elementSeparator(int type);
 
   std::string savedLocale_;  // the numeric locale before construction
+  SavedValues<bool> savedModes_;
+  // Takes the stream over, as the last member whose construction can fail: until then the stream is the caller's.
   ScriptText text_;
   unsigned outputMode_;
   Section section_ = Section::kNone;
   unsigned objectFlags_ = kDefaultObjectFlags;
   bool definingGeometry_ = false;
   bool mode_ = false;  // true: parameter names stand unquoted and lines end without a comma
-  SavedValues<bool> savedModes_;
 
   // The array that is handed over element by element.
   unsigned elementCount_ = 0;

@@ -1,25 +1,11 @@
 #include "settings/animation.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "scene/vntScene_api.h"
 
 namespace rendara {
 namespace {
-
-// The inverse of where the component stands in the top model; the identity when it cannot be had or inverted.
-Matrix inversePlacement(const ProAsmcomppath& animationPath) {
-  ProAsmcomppath path = animationPath;
-  Matrix inverse = kIdentityMatrix;
-  ProMatrix placement{};
-  if (ProAsmcomppathTrfGet(&path, PRO_B_TRUE, placement) == PRO_TK_NO_ERROR) {
-    Matrix matrix{};
-    std::memcpy(matrix.data(), placement, sizeof(placement));
-    invertSimilarity(matrix, inverse);
-  }
-  return inverse;
-}
 
 void writeMatrices(vntScene_api& scene, const std::vector<Matrix>& frames, const Matrix& inverse) {
   scene.beginArray("matrices");
@@ -43,10 +29,7 @@ void writeTimestamps(vntScene_api& scene, int count, float frameTime) {
 }  // namespace
 
 void writeComponentAnimation(vntScene_api& scene, const AnimationFrames& frames, const ProAsmcomppath& animationPath,
-                             const char* name) {
-  if (frames.animationFrames.empty()) {
-    return;
-  }
+                             const Matrix& placement, const char* name) {
   const int count = std::clamp(animationPath.table_num, 0, PRO_MAX_ASSEM_LEVEL);
   const auto entry = frames.animationFrames.find({animationPath.comp_id_tab, animationPath.comp_id_tab + count});
   if (entry == frames.animationFrames.end()) {
@@ -59,7 +42,9 @@ void writeComponentAnimation(vntScene_api& scene, const AnimationFrames& frames,
   const float duration = static_cast<float>(frames.animationFrameCount) * frameTime;
   scene.parameter("duration", kFloat, &duration);
   scene.parameter("folder", kString, "Creo animation");
-  writeMatrices(scene, entry->second, inversePlacement(animationPath));
+  Matrix inverse = kIdentityMatrix;
+  invertSimilarity(placement, inverse);
+  writeMatrices(scene, entry->second, inverse);
   writeTimestamps(scene, frames.animationFrameCount, frameTime);
   scene.endAnimation();
 }

@@ -25,8 +25,9 @@ struct AnimationFrames {
 };
 
 // Writes the animation block of the component with that full path, if it moves: its frames relative to where it
-// stands now (frame times inverse of its placement), and the frames' times in milliseconds.
+// stands now (frame times the inverse of its placement in the top model; the frame itself when there is no inverse),
+// and the frames' times in milliseconds.
 void writeComponentAnimation(vntScene_api& scene, const AnimationFrames& frames, const ProAsmcomppath& animationPath,
-                             const char* name);
+                             const Matrix& placement, const char* name);
 
 }  // namespace rendara

@@ -102,7 +102,9 @@ const char* boolText(bool value) { return value ? "true" : "false"; }
 void loadSettings(PluginSettings& settings) {
   const KeepWhiteSpace keepWhiteSpace;
   TiXmlDocument document(kSettingsFile);
-  if (!document.LoadFile()) {
+  // The file holds bytes of the system code page. Taken for UTF-8, as a declaration without an encoding otherwise is,
+  // an accented letter would swallow the bytes after it.
+  if (!document.LoadFile(TIXML_ENCODING_LEGACY)) {
     return;
   }
   const TiXmlElement* root = document.FirstChildElement();

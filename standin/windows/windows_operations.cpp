@@ -142,6 +142,8 @@ bool takeCharacter(CodePageTable* table, std::string_view& rest, char32_t& chara
 
 extern "C" {
 
+UINT GetACP() { return standin::systemCodePage(); }
+
 int WideCharToMultiByte(UINT codePage, DWORD flags, const wchar_t* wide, int wideLength, char* narrow, int narrowSize,
                         const char* defaultCharacter, BOOL* usedDefaultCharacter) {
   if (wide == nullptr || wideLength == 0 || narrowSize < 0 || (narrow == nullptr && narrowSize > 0) ||

@@ -56,12 +56,13 @@ TEST_F(Cameras, CurrentViewAloneGivesOneOrthographicCameraWithTheEnvironment) {
 }
 
 TEST_F(Cameras, EverySavedViewFollowsUnderItsName) {
-  part.views.push_back({L"FRONT", standin::kIdentity});
+  part.views.push_back({L"FRONT", {1, 0, 0, 0, 0, 0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1}});
   part.views.push_back({L"\u00c4 view \u65e5", standin::kIdentity});
   part.views.push_back({std::wstring(80, L'v'), standin::kIdentity});
   write();
   EXPECT_EQ(calls("beginCamera "), (std::vector<std::string>{"\"Current Creo camera\"", "\"FRONT\"", "\"\xc4 view ?\"",
                                                              '"' + std::string(80, 'v') + '"'}));
+  EXPECT_EQ(calls("transform ")[1], "1 0 0 0 0 0 -1 0 0 1 0 0 0 0 0 1 multiply") << "the view's own, inverted";
 }
 
 TEST_F(Cameras, AMatrixThatCannotBeInvertedShowsTheOneBefore) {

@@ -126,6 +126,14 @@ TEST_F(CommandTable, WithoutAnObjectTheCommandsStandWithoutIcons) {
   }
 }
 
+TEST_F(CommandTable, ACommandAfterTheEndMakesAFreshObject) {
+  registerCommands(RendaraPlugin::instance());
+  plugin().exportToFile = true;
+  RendaraPlugin::destroyInstance();
+  EXPECT_EQ(session.runCommand("Rendara Settings"), 0);
+  EXPECT_FALSE(plugin().exportToFile);
+}
+
 TEST_F(CommandTable, WithoutAModelTheCommandsDoNothing) {
   registerCommands(RendaraPlugin::instance());
   session.fileAnswers.emplace_back(folder.path() / "out.rpk");

@@ -28,7 +28,7 @@ class LiveScene : public testing::PluginTest {
     std::string text;
     for (const std::string& call : link->scene.calls()) {
       text += call + "\n";
-      if (call == "endLoad") {
+      if (call == "endBlock") {
         break;
       }
     }
@@ -64,7 +64,7 @@ TEST_F(LiveScene, RenderHasItsOwnHeaderAndOptions) {
             "parameter \"import_up_vector\" 6 9\n"
             "parameter \"meter_scale\" 3 39.37008\n"
             "parameter \"ext\" 7 off\n"
-            "endLoad\n");
+            "endBlock\n");
   EXPECT_EQ(link->scene.calls()[13], "beginGroup \"top\" noDefine");
   EXPECT_EQ(link->scene.calls()[14], "flags 0x8000");
   EXPECT_EQ(link->scene.calls().back(), "endScene");
@@ -89,7 +89,7 @@ TEST_F(LiveScene, UpdateHasItsOwnHeaderAndOptions) {
             "parameter \"import_up_vector\" 6 1\n"
             "parameter \"meter_scale\" 3 1000\n"
             "parameter \"ext\" 7 off\n"
-            "endLoad\n");
+            "endBlock\n");
   EXPECT_EQ(link->scene.calls()[14], "beginGroup \"top\" noDefine");
   EXPECT_EQ(link->scene.calls()[15], "flags 0x8000");
   EXPECT_EQ(link->modes, std::vector<LinkMode>{LinkMode::kUpdate});
@@ -159,6 +159,29 @@ TEST_F(LiveScene, ASceneThatDidNotArriveIsNotTakenAsSent) {
   link->scene.setAnswers(true, false);
   update();
   link->scene.setAnswers(true, true);
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt(*))");
+}
+
+TEST_F(LiveScene, RunningOutOfMemoryInTheWalkEndsTheCommandAndLeavesThePluginReady) {
+  link->scene.geometriesLeft = 2;
+  render();
+  EXPECT_EQ(link->scene.count("endScene"), 0);
+  EXPECT_EQ(link->releases, 1);
+  EXPECT_EQ(plugin().sceneOutput.scene, nullptr);
+  EXPECT_TRUE(plugin().writtenNames.empty());
+  EXPECT_EQ(updatedTree(), everything) << "nothing counts as sent";
+  session.touch(gear);
+  link->scene.geometriesLeft = 1;
+  update();
+  EXPECT_FALSE(plugin().updateInProgress);
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt(*)gear.prt(@))shaft.prt())");
+}
+
+TEST_F(LiveScene, AFailedMeshIsTriedAgain) {
+  standin::test::mesherOf(shaft).fails = [](std::size_t, double) { return true; };
+  render();
+  EXPECT_EQ(tree(), "top(unit.asm(gear.prt(*)gear.prt(@))shaft.prt())");
+  standin::test::mesherOf(shaft).fails = nullptr;
   EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt(*))");
 }
 

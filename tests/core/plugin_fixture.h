@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +16,18 @@
 #include "tests/support/test_session.h"
 
 namespace rendara::testing {
+
+// A scene that runs out of memory at its n-th geometry.
+class FailingScene : public RecordingScene {
+ public:
+  bool beginGeometry(const char* type) override {
+    if (--geometriesLeft == 0) {
+      throw std::bad_alloc();
+    }
+    return RecordingScene::beginGeometry(type);
+  }
+  int geometriesLeft = 0;
+};
 
 // A link to a renderer that takes every scene, as long as it is told to.
 class RecordingLink : public RendererLink {
@@ -28,9 +41,9 @@ class RecordingLink : public RendererLink {
     lastPort = port;
     return {&scene, newInstance};
   }
-  void release() override { ++releases; }
+  void release() noexcept override { ++releases; }
 
-  RecordingScene scene;
+  FailingScene scene;
   std::vector<LinkMode> modes;
   bool reachable = true;
   bool newInstance = false;

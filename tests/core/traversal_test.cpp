@@ -1,5 +1,6 @@
 #include "core/traversal.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <sstream>
 #include <string>
@@ -86,7 +87,7 @@ TEST_F(TraversalTest, ReferenceNamesItsSourceAndCarriesItsOwnMaterialAndPlacemen
            "beginShader null \"vnt_diffuse\"\n"
            "parameter \"diffuse\" 1 " +
            color + "\ncurrentCapture capture " + number + "\nendShader 0\nshader 0 capture " + number +
-           "\nendMaterial\nendObject\ntransform 1 0 0 0 0 1 0 0 0 0 1 0 " + std::to_string(x) +
+           "\nendBlock\nendObject\ntransform 1 0 0 0 0 1 0 0 0 0 1 0 " + std::to_string(x) +
            " 0 0 1 multiply\nendGroup\n";
   };
   EXPECT_NE(text.find(reference("steel:128:128:128", "0.5 0.5 0.5", 4, 3)), std::string::npos) << text;
@@ -129,9 +130,22 @@ TEST_F(TraversalTest, SuppressedBlankedAndMissingComponentsStayOutHiddenOnesStay
   top.addFeature(917);
   render();
   EXPECT_EQ(tree(), "top(bolt.prt(*))");
-  layer.display = PRO_LAYER_TYPE_NORMAL;
-  render();
-  EXPECT_EQ(tree(), "top(bolt.prt(*)cover.prt(*))");
+  // Whatever a layer's status makes of its items, only two ways of display leave a component visible.
+  for (const ProLayerDisplay display : {PRO_LAYER_TYPE_DISPLAY, PRO_LAYER_TYPE_HIDDEN}) {
+    layer.display = display;
+    EXPECT_EQ((render(), tree()), "top(bolt.prt(*))") << display;
+  }
+  for (const ProLayerDisplay display : {PRO_LAYER_TYPE_NORMAL, PRO_LAYER_TYPE_NONE}) {
+    layer.display = display;
+    EXPECT_EQ((render(), tree()), "top(bolt.prt(*)cover.prt(*))") << display;
+  }
+}
+
+TEST_F(TraversalTest, SubassembliesAreMarkedByTheirFlags) {
+  const std::vector<std::string>& calls = render().calls();
+  const auto group = std::find(calls.begin(), calls.end(), "beginGroup \"unit.asm\" noDefine");
+  ASSERT_NE(group, calls.end());
+  EXPECT_EQ(group[1], "flags 0x8000");
 }
 
 TEST_F(TraversalTest, ModesDecideWhatIsWalked) {
@@ -177,13 +191,15 @@ TEST_F(TraversalTest, RepresentationDecidesWhatIsIncluded) {
 TEST_F(TraversalTest, SeveralRepresentationsAreAskedForAndACancelEndsTheCommand) {
   top.addRepresentation(L"all");
   top.addRepresentation(L"none").defaultAction = PRO_SIMPREP_EXCLUDE;
-  session.representationAnswers = {std::nullopt, L"none", L"all"};
+  session.representationAnswers = {std::nullopt, L"none", L"all", L"not there"};
   render();
   EXPECT_TRUE(link->modes.empty()) << "the renderer is not even contacted";
   render();
   EXPECT_EQ(tree(), "top(unit.asm(bolt.prt()bolt.prt())unit.asm(bolt.prt()bolt.prt())bolt.prt()cover.prt())");
   render();
   EXPECT_EQ(link->scene.count("beginGeometry \"triangles\""), 2);
+  render();
+  EXPECT_EQ(link->scene.count("beginGeometry \"triangles\""), 2) << "a choice that fails counts as the master one";
 }
 
 TEST_F(TraversalTest, LevelsBelowTwentyFiveAreLeftOut) {

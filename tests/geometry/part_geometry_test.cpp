@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,7 +46,7 @@ class PartGeometry : public ::testing::Test {
 
   standin::Surface& add(SurfaceMesh mesh) { return addMeshedSurface(part, std::move(mesh), feature); }
 
-  WrittenGeometry write(bool define = true, ProAsmcomppath path = {}) {
+  std::optional<MaterialRecord> write(bool define = true, ProAsmcomppath path = {}) {
     scene.clear();
     const PartOccurrence occurrence{solid(part), path, "cover.prt", kIdentityMatrix.data(), define};
     return exportPartGeometry(scene, occurrence, options, buffers, [this] { scene.id(4711); });
@@ -71,7 +72,7 @@ class PartGeometry : public ::testing::Test {
 
 TEST_F(PartGeometry, WritesOneObjectInItsGroup) {
   add(triangle(5));
-  EXPECT_TRUE(write().any);
+  EXPECT_TRUE(write().has_value());
   EXPECT_EQ(scene.text(),
             "beginGroup \"cover.prt\" noDefine\n"
             "flags 0x400\n"
@@ -88,7 +89,7 @@ TEST_F(PartGeometry, WritesOneObjectInItsGroup) {
             "currentCapture capture 1\n"
             "endShader 0\n"
             "shader 0 capture 1\n"
-            "endMaterial\n"
+            "endBlock\n"
             "endObject\n"
             "id 4711\n"
             "transform 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 multiply\n"
@@ -96,13 +97,13 @@ TEST_F(PartGeometry, WritesOneObjectInItsGroup) {
 }
 
 TEST_F(PartGeometry, WithoutSurfacesNothingIsWritten) {
-  EXPECT_FALSE(write().any);
+  EXPECT_FALSE(write().has_value());
   EXPECT_EQ(scene.text(), "");
 }
 
 TEST_F(PartGeometry, LaterOccurrencesAreGroupAnimationAndPlacement) {
   add(triangle(5));
-  EXPECT_FALSE(write(false).any);
+  EXPECT_FALSE(write(false).has_value());
   EXPECT_EQ(scene.text(),
             "beginGroup \"cover.prt\" noDefine\nid 4711\n"
             "transform 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1 multiply\nendGroup\n");
@@ -123,7 +124,7 @@ TEST_F(PartGeometry, GroupsByMaterialInTheOrderOfTheNames) {
                                       "0x8001 [1 0 0, 1 1 0, 1 0 1, 3 0 0, 3 1 0, 3 0 1]"}));
   EXPECT_EQ(values("parameter \"triangles\" ").back(), "0x8006 [0, 1, 2, 3, 4, 5]");
   options.separateMaterials = false;
-  EXPECT_EQ(write().firstMaterial->displayName, L"blue");
+  EXPECT_EQ(write()->displayName, L"blue");
   EXPECT_EQ(values("beginMaterial ").front(), "\"blue:0:0:255\" noDefine");
 }
 
@@ -175,10 +176,10 @@ TEST_F(PartGeometry, FailedSurfacesAreLeftOutWithoutMovingTheIndices) {
   add(triangle(1));
   add(triangle(2));
   mesherOf(part).fails = [](std::size_t surface, double) { return surface == 0; };
-  EXPECT_TRUE(write().any);
+  EXPECT_TRUE(write().has_value());
   EXPECT_EQ(values("parameter \"triangles\" ").front(), "0x8006 [0, 1, 2]");
   mesherOf(part).fails = [](std::size_t, double) { return true; };
-  EXPECT_FALSE(write().any);
+  EXPECT_FALSE(write().has_value());
   EXPECT_EQ(scene.count("beginObject"), 0);
   EXPECT_EQ(scene.count("beginGroup"), 1);
 }

@@ -2,34 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <cstdio>
 
 #include "scene/vntScene_api_file.h"
+#include "tests/support/temporary_folder.h"
 
 namespace rendara::testing {
 
-std::string readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  EXPECT_TRUE(file.is_open()) << path;
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 std::string written(const std::function<void(vntScene_api&)>& calls, Arrays arrays) {
-  // Programs that run one test each may run at the same time.
-  const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-  const std::string name = std::string("rendara_") + test->test_suite_name() + "_" + test->name() + ".rpk";
-  const std::string path = (std::filesystem::temp_directory_path() / name).string();
+  const TemporaryFolder folder;
+  const std::string path = (folder.path() / "scene.rpk").string();
   std::FILE* stream = std::fopen(path.c_str(), "wb+");
   EXPECT_NE(stream, nullptr) << path;
   {
     vntScene_api_file writer(stream, arrays == Arrays::kPacked);
     calls(writer);
   }
-  std::string bytes = readFile(path);
-  std::filesystem::remove(path);
-  return bytes;
+  return readFile(path);
 }
 
 std::string golden(const std::string& name) {

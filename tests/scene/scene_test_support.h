@@ -6,6 +6,7 @@
 #include <string>
 
 #include "scene/vntScene_api.h"
+#include "tests/support/temporary_folder.h"
 
 namespace rendara::testing {
 
@@ -19,7 +20,5 @@ std::string golden(const std::string& name);
 
 // The same for the running test, whose file is named "<suite>.<test>.golden".
 std::string golden();
-
-std::string readFile(const std::string& path);
 
 }  // namespace rendara::testing

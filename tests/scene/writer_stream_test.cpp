@@ -8,6 +8,7 @@
 
 #include "scene/vntScene_api_file.h"
 #include "tests/scene/scene_test_support.h"
+#include "tests/support/temporary_folder.h"
 
 namespace rendara {
 namespace {
@@ -97,13 +98,12 @@ TEST(WriterLimits, ArraysOfAnySize) {
 class WriterStream : public ::testing::Test {
  protected:
   void SetUp() override {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    path_ = (std::filesystem::temp_directory_path() / ("rendara_" + std::string(test->name()))).string();
+    path_ = (folder_.path() / "scene.rpk").string();
     stream_ = std::fopen(path_.c_str(), "wb+");
     ASSERT_NE(stream_, nullptr);
   }
-  void TearDown() override { std::filesystem::remove(path_); }
 
+  testing::TemporaryFolder folder_;
   std::string path_;
   std::FILE* stream_ = nullptr;
 };

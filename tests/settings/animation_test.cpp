@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "standin/cad/session.h"
 #include "tests/support/recording_scene.h"
 
 namespace rendara {
@@ -15,25 +14,15 @@ constexpr Matrix kMovedByFive = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1}
 
 class Animation : public ::testing::Test {
  protected:
-  Animation() {
-    standin::Model& part = session.addModel(PRO_MDL_PART, L"piston");
-    top = &session.addModel(PRO_MDL_ASSEMBLY, L"engine");
-    path.owner = reinterpret_cast<ProSolid>(top);
-    path.table_num = 1;
-    path.comp_id_tab[0] = top->addComponent(part, kMovedByTwo).id;
-  }
-
-  standin::Session session;
-  standin::Model* top = nullptr;
-  ProAsmcomppath path{};
+  ProAsmcomppath path{nullptr, {41}, 1};
   testing::RecordingScene scene;
 };
 
 TEST_F(Animation, FramesAreRelativeToWhereTheComponentStands) {
   AnimationFrames frames;
-  frames.animationFrames[{path.comp_id_tab[0]}] = {kMovedByTwo, kMovedByFive};
+  frames.animationFrames[{41}] = {kMovedByTwo, kMovedByFive};
   frames.animationFrameCount = 3;
-  writeComponentAnimation(scene, frames, path, "piston.prt");
+  writeComponentAnimation(scene, frames, path, kMovedByTwo, "piston.prt");
   EXPECT_EQ(scene.text(),
             "beginAnimation \"fbx_animation\" \"piston.prt\"\n"
             "parameter \"start_time\" 6 0\n"
@@ -53,9 +42,9 @@ TEST_F(Animation, FramesAreRelativeToWhereTheComponentStands) {
 
 TEST_F(Animation, ComponentsWithoutFramesWriteNothing) {
   AnimationFrames frames;
-  writeComponentAnimation(scene, frames, path, "piston.prt");
-  frames.animationFrames[{path.comp_id_tab[0], 3}] = {kMovedByFive};
-  writeComponentAnimation(scene, frames, path, "piston.prt");
+  writeComponentAnimation(scene, frames, path, kMovedByTwo, "piston.prt");
+  frames.animationFrames[{41, 3}] = {kMovedByFive};
+  writeComponentAnimation(scene, frames, path, kMovedByTwo, "piston.prt");
   EXPECT_EQ(scene.text(), "");
 }
 
