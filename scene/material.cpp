@@ -17,7 +17,7 @@ double clampComponent(double component) {
   return component < 1.0 ? component : 1.0;
 }
 
-int colorByte(double component) { return static_cast<int>(clampComponent(component) * 255.0 + 0.5); }
+int colorByte(double component) { return static_cast<int>(std::floor(clampComponent(component) * 255.0 + 0.5)); }
 
 std::array<float, 3> shaderColor(const MaterialRecord& record) {
   std::array<float, 3> color{};

@@ -97,13 +97,16 @@ Feature& findStep(Model& owner, const Step& step) {
 
 std::vector<Step> splitPath(const std::string& path) {
   std::vector<Step> steps(1);
-  std::optional<std::size_t> colon;  // of the step being read, in its name
+  std::size_t colon = std::string::npos;  // of the step being read, in its name
   const auto finishStep = [&] {
     Step& step = steps.back();
-    if (colon) step.occurrence = asId(step.name.substr(*colon + 1));
-    if (step.occurrence) step.name.resize(*colon);
-    if (!colon) step.id = asId(step.name);
-    colon.reset();
+    if (colon != std::string::npos) {
+      step.occurrence = asId(step.name.substr(colon + 1));
+      if (step.occurrence) step.name.resize(colon);
+    } else {
+      step.id = asId(step.name);
+    }
+    colon = std::string::npos;
   };
   for (std::size_t i = 0; i < path.size(); ++i) {
     if (path[i] == '/') {

@@ -7,7 +7,6 @@
 namespace rendara {
 namespace {
 
-using standin::Feature;
 using standin::Model;
 using standin::test::addAssembly;
 using standin::test::addBoxPart;

@@ -194,9 +194,7 @@ class ModelExport : public ::testing::TestWithParam<ModelCase> {
   std::vector<const rpk::Group*> occurrences() const {
     std::vector<const rpk::Group*> found;
     for (const rpk::Group* group : scene.allGroups()) {
-      if (group->holdsGeometry() && !group->materialGroup()) {
-        found.push_back(group);
-      } else if (group->reference() != nullptr) {
+      if ((group->holdsGeometry() && !group->materialGroup()) || group->reference() != nullptr) {
         found.push_back(group);
       }
     }

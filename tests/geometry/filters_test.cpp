@@ -12,7 +12,6 @@
 namespace rendara {
 namespace {
 
-using standin::Feature;
 using standin::Model;
 using standin::Quilt;
 using standin::test::solid;
