@@ -265,7 +265,7 @@ int main(int argc, char** argv) {
       ->Arg(100000)
       ->UseManualTime()
       ->Unit(benchmark::kMillisecond)
-      ->MinTime(2.0);
+      ->MinTime(0.5);
   benchmark::RunSpecifiedBenchmarks();
   return 0;
 }

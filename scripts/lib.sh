@@ -5,8 +5,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build_packages="cmake ninja-build g++ pkg-config libocct-foundation-dev libocct-modeling-data-dev
 libocct-modeling-algorithms-dev libocct-data-exchange-dev libocct-ocaf-dev libtinyxml-dev libcli11-dev libfmt-dev
 nlohmann-json3-dev libpng-dev"
-test_packages="libgtest-dev clang clang-format clang-tidy libclang-rt-14-dev binutils locales"
-bench_packages="libbenchmark-dev"
+test_packages="git libgtest-dev clang clang-format clang-tidy libclang-rt-14-dev binutils locales"
+bench_packages="libbenchmark-dev jq"
 
 # Installs those of the packages that are missing; needs root or sudo only then.
 need() {
