@@ -1,0 +1,15 @@
+# Installs the build to a folder; from there the program finds its plug-in and texts and exports the sample.
+file(REMOVE_RECURSE ${FOLDER})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${FOLDER} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+set(data ${FOLDER}/share/rendara)
+foreach(file text/rendara_msg.txt resource/rd_export.png samples/twin_compressor.json)
+  if(NOT EXISTS ${data}/${file})
+    message(FATAL_ERROR "${data}/${file} was not installed")
+  endif()
+endforeach()
+execute_process(COMMAND ${FOLDER}/bin/creo-standin export ${data}/samples/twin_compressor.step ${FOLDER}/sample.rpk
+  OUTPUT_VARIABLE summary COMMAND_ERROR_IS_FATAL ANY)
+if(NOT summary MATCHES "occurrences +43")
+  message(FATAL_ERROR "unexpected summary: ${summary}")
+endif()
+file(REMOVE_RECURSE ${FOLDER})
