@@ -56,6 +56,7 @@ class Traversal {
       : plugin_(plugin), builder_(builder), open_(open) {}
 
   void run() {
+    readModel();
     exportCameras(builder_, open_.model);
     WalkContext top;
     top.traversal = this;
@@ -82,6 +83,14 @@ class Traversal {
   }
 
  private:
+  // What the host tells of the model. The walk goes by the mode alone; nothing depends on the answers.
+  void readModel() const {
+    ProMdldata data{};
+    ProMdlDataGet(open_.model, &data);
+    ProMdlType type = PRO_MDL_UNUSED;
+    ProMdlTypeGet(open_.model, &type);
+  }
+
   void walk(WalkContext& context) {
     ProSolidFeatVisit(context.model, visitComponent, filterVisited, &context);
     guard_.rethrow();
