@@ -41,6 +41,7 @@ int updateAction(uiCmdCmdId, uiCmdValue*, void*) {
   return runAction([](RendaraPlugin& plugin) { plugin.updateCommand(); });
 }
 
+// There is no dialog yet; what it would show is read anew.
 int settingsAction(uiCmdCmdId, uiCmdValue*, void*) {
   return runAction([](RendaraPlugin& plugin) { plugin.loadSettings(); });
 }

@@ -48,6 +48,7 @@ float modelMeterScale(ProMdl model) {
 
 }  // namespace
 
+// Frames belong to one command. There is no dialog yet that would ask for them.
 bool RendaraPlugin::acceptMechanism() {
   animation.clear();
   return true;
