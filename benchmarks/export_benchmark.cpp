@@ -161,11 +161,12 @@ class SquareMesher : public standin::PartMesher {
   std::shared_ptr<standin::SurfaceMesh> mesh_;
 };
 
-// An assembly three levels deep: groups of groups of placed parts, 50 distinct ones.
-Model& generateAssembly(Session& session, int placements) {
+constexpr int kDistinctParts = 50;
+
+std::vector<Model*> generateParts(Session& session) {
   const auto mesher = std::make_shared<SquareMesher>();
   std::vector<Model*> parts;
-  for (int part = 0; part < 50; ++part) {
+  for (int part = 0; part < kDistinctParts; ++part) {
     Model& model = session.addModel(PRO_MDL_PART, L"part_" + std::to_wstring(part));
     const int feature = model.addFeature(917).id;
     for (int surface = 0; surface < 6; ++surface) {
@@ -175,6 +176,11 @@ Model& generateAssembly(Session& session, int placements) {
     model.outline = {{{0, 0, 0}, {8, 8, 8}}};
     parts.push_back(&model);
   }
+  return parts;
+}
+
+// An assembly three levels deep: groups of groups of placed parts.
+Model& generateAssembly(Session& session, const std::vector<Model*>& parts, int placements) {
   constexpr int kPerUnit = 50;
   constexpr int kUnitsPerGroup = 20;
   Model& top = session.addModel(PRO_MDL_ASSEMBLY, L"generated");
@@ -194,7 +200,7 @@ Model& generateAssembly(Session& session, int placements) {
       unit = &session.addModel(PRO_MDL_ASSEMBLY, L"unit_" + std::to_wstring(placed));
       group->addComponent(*unit, place(placed));
     }
-    unit->addComponent(*parts[static_cast<std::size_t>(placed % 50)], place(placed));
+    unit->addComponent(*parts[static_cast<std::size_t>(placed % kDistinctParts)], place(placed));
   }
   return top;
 }
@@ -213,14 +219,18 @@ double memory(const std::string& field) {
   return 0.0;
 }
 
-// (d) The time is the plug-in's; the memory is the whole process's growth while it exports.
+// (d) The time is the plug-in's. What every assembly pays once, the definitions of its 50 parts, is measured by an
+// assembly of just these and left out of the time of a placement. The memory is the whole process's growth.
 void generatedAssembly(benchmark::State& state) {
   const WorkingFolder folder;
   writeSettings();
   Session session;
   session.guardArrays = false;
   const int placements = static_cast<int>(state.range(0));
-  session.current = &generateAssembly(session, placements);
+  const std::vector<Model*> parts = generateParts(session);
+  Model& definitions = generateAssembly(session, parts, kDistinctParts);
+  Model& assembly = generateAssembly(session, parts, placements);
+  session.current = &assembly;
   session.mode = PRO_MODE_ASSEMBLY;
   standin::PluginHost plugin(RENDARA_LIB_DIR "/librendara_creo.so");
   plugin.load();
@@ -233,10 +243,12 @@ void generatedAssembly(benchmark::State& state) {
     const double once = exportSeconds(session, folder.path() / "model.rpk");
     growth = std::max(growth, memory("VmHWM:") - before);
     state.SetIterationTime(once);
-    total += once;
+    session.current = &definitions;
+    total += once - exportSeconds(session, folder.path() / "definitions.rpk");
+    session.current = &assembly;
   }
   const double iterations = static_cast<double>(state.iterations());
-  state.counters["us_per_placement"] = total / iterations / placements * 1e6;
+  state.counters["us_per_placement"] = total / iterations / (placements - kDistinctParts) * 1e6;
   state.counters["bytes_per_placement"] = growth / placements;
   state.counters["peak_growth_kB"] = growth / 1024;
   plugin.unload(session);
