@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "standin/app/failure.h"
-#include "standin/app/suggestion.h"
 #include "standin/windows/code_page.h"
+#include "tools/terminal/suggestion.h"
 
 namespace standin {
 namespace {
@@ -82,7 +82,7 @@ Feature& findStep(Model& owner, const Step& step) {
   }
   if (found.empty()) {
     throw Failure(ExitCode::kUsage, fmt::format("{} has no component \"{}\"{}", displayName(owner), step.name,
-                                                didYouMean(step.name, componentNames(owner))));
+                                                terminal::didYouMean(step.name, componentNames(owner))));
   }
   if (!step.occurrence) {
     if (found.size() > 1) failAmbiguous(owner, step, found);
@@ -163,7 +163,7 @@ Model& requireModel(Session& session, const std::string& name) {
   if (Model* model = findModelByName(session, name)) return *model;
   std::vector<std::string> names;
   for (const auto& model : session.models()) names.push_back(utf8FromWide(model->name));
-  throw Failure(ExitCode::kUsage, fmt::format("no model \"{}\" in session{}", name, didYouMean(name, names)));
+  throw Failure(ExitCode::kUsage, fmt::format("no model \"{}\" in session{}", name, terminal::didYouMean(name, names)));
 }
 
 }  // namespace standin

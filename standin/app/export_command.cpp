@@ -60,8 +60,8 @@ void answerQuestions(Session& session, const ExportOptions& options, const fs::p
 
 // Runs the command; a package that did not become complete is not left behind.
 WrittenPackage writePackage(Workbench& bench, const PackageFile& target) {
-  std::optional<RemovedOnSignal> removed;
-  if (target.ordinary()) removed.emplace(target.path(), RemovedOnSignal::Kind::kFile);
+  std::optional<terminal::RemovedOnSignal> removed;
+  if (target.ordinary()) removed.emplace(target.path(), terminal::RemovedOnSignal::Kind::kFile);
   try {
     const CommandReport report = bench.run(kExportCommand);
     if (report.packages.empty()) {
@@ -96,7 +96,7 @@ void exportModel(const CommonOptions& common, const ExportOptions& options, std:
   Session session;
   session.messageFolder = common.messages;
   PluginHost plugin(common.plugin);
-  Progress progress(stderr);
+  terminal::Progress progress(stderr);
   Workbench bench(session, plugin, progress, scratch.origin());
   const auto begin = std::chrono::steady_clock::now();
   bench.open(options.model, options.overlay);

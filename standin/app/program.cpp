@@ -13,8 +13,8 @@
 #include "standin/app/misuse.h"
 #include "standin/app/program_options.h"
 #include "standin/app/script_program.h"
-#include "standin/app/signal_cleanup.h"
 #include "standin/windows/code_page.h"
+#include "tools/terminal/signal_cleanup.h"
 
 namespace standin {
 namespace {
@@ -26,7 +26,7 @@ void prepare(CommonOptions& common) {
   if (!setSystemCodePage(common.codePage)) {
     throw Failure(ExitCode::kUsage, fmt::format("code page {} is not known", common.codePage));
   }
-  installSignalCleanup();
+  terminal::installSignalCleanup();
 }
 
 ExitCode runCommand(ProgramOptions& options) {

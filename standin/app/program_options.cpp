@@ -9,7 +9,7 @@
 
 #include "standin/app/failure.h"
 #include "standin/app/installation.h"
-#include "standin/app/suggestion.h"
+#include "tools/terminal/suggestion.h"
 
 namespace standin {
 namespace {
@@ -41,12 +41,12 @@ void rejectExtras(const CLI::App& app, const CLI::App& exportCommand, bool hasCo
     const std::vector<std::string> exportNames = optionNames(exportCommand);
     names.insert(names.end(), exportNames.begin(), exportNames.end());
     const std::string name = option->substr(0, option->find('='));
-    throw Failure(ExitCode::kUsage, fmt::format("unknown option {}{}", name, didYouMean(name, names)));
+    throw Failure(ExitCode::kUsage, fmt::format("unknown option {}{}", name, terminal::didYouMean(name, names)));
   }
   if (extras.empty()) return;
   if (hasCommand) throw Failure(ExitCode::kUsage, fmt::format("unexpected argument \"{}\"", extras.front()));
-  throw Failure(ExitCode::kUsage,
-                fmt::format("unknown command \"{}\"{}", extras.front(), didYouMean(extras.front(), {"export", "run"})));
+  throw Failure(ExitCode::kUsage, fmt::format("unknown command \"{}\"{}", extras.front(),
+                                              terminal::didYouMean(extras.front(), {"export", "run"})));
 }
 
 void addExportOptions(CLI::App& command, ExportOptions& options) {

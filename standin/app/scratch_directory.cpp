@@ -30,8 +30,8 @@ std::filesystem::path makeFolder() {
 ScratchDirectory::ScratchDirectory()
     : origin_(std::filesystem::current_path()),
       path_(makeFolder()),
-      removedFolder_(path_, RemovedOnSignal::Kind::kFolder),
-      removedSettings_(path_ / SettingsFile::kName, RemovedOnSignal::Kind::kFile) {
+      removedFolder_(path_, terminal::RemovedOnSignal::Kind::kFolder),
+      removedSettings_(path_ / SettingsFile::kName, terminal::RemovedOnSignal::Kind::kFile) {
   std::error_code error;
   std::filesystem::current_path(path_, error);
   if (error) {

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "standin/app/signal_cleanup.h"
+#include "tools/terminal/signal_cleanup.h"
 
 namespace standin {
 
@@ -24,8 +24,8 @@ class ScratchDirectory {
   std::filesystem::path origin_;
   std::filesystem::path path_;
   // The plug-in writes nothing but its settings file into the working directory.
-  RemovedOnSignal removedFolder_;
-  RemovedOnSignal removedSettings_;
+  terminal::RemovedOnSignal removedFolder_;
+  terminal::RemovedOnSignal removedSettings_;
 };
 
 }  // namespace standin

@@ -4,7 +4,7 @@
 #include <fmt/ostream.h>
 
 #include "standin/app/script_line.h"
-#include "standin/app/suggestion.h"
+#include "tools/terminal/suggestion.h"
 
 namespace standin {
 namespace {
@@ -58,7 +58,7 @@ const Script::Entry& Script::find(const std::string& name) {
     if (entry.name == name) return entry;
     names.emplace_back(entry.name);
   }
-  failUsage(fmt::format("no command \"{}\"{}", name, didYouMean(name, names)));
+  failUsage(fmt::format("no command \"{}\"{}", name, terminal::didYouMean(name, names)));
 }
 
 void Script::execute(const std::string& line) {

@@ -14,8 +14,8 @@
 
 #include "standin/app/component_lookup.h"
 #include "standin/app/script.h"
-#include "standin/app/suggestion.h"
 #include "standin/windows/code_page.h"
+#include "tools/terminal/suggestion.h"
 
 namespace standin {
 namespace {
@@ -174,7 +174,8 @@ void Script::representation(const Arguments& arguments) {
   std::vector<std::string> names = {"master"};
   for (const SimplifiedRep& candidate : current().representations) names.push_back(utf8FromWide(candidate.name));
   if (std::find(names.begin(), names.end(), name) == names.end()) {
-    failUsage(fmt::format("{} has no representation \"{}\"{}", displayName(current()), name, didYouMean(name, names)));
+    failUsage(fmt::format("{} has no representation \"{}\"{}", displayName(current()), name,
+                          terminal::didYouMean(name, names)));
   }
   answers.emplace_back(wideFromUtf8(name));
 }
@@ -235,7 +236,7 @@ void Script::showLayer(const std::string& name, ProLayerDisplay display) {
     }
   }
   if (!any) {
-    failUsage(fmt::format("{} has no layer \"{}\"{}", displayName(current()), name, didYouMean(name, names)));
+    failUsage(fmt::format("{} has no layer \"{}\"{}", displayName(current()), name, terminal::didYouMean(name, names)));
   }
 }
 
@@ -336,7 +337,7 @@ void Script::mode(const Arguments& arguments) {
     bench_.session().mode = named.mode;
     return;
   }
-  failUsage(fmt::format("no mode \"{}\"{}", arguments[0], didYouMean(arguments[0], names)));
+  failUsage(fmt::format("no mode \"{}\"{}", arguments[0], terminal::didYouMean(arguments[0], names)));
 }
 
 void Script::status(const Arguments&) {

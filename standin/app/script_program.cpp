@@ -47,7 +47,7 @@ ExitCode runScript(const CommonOptions& common, const ScriptOptions& options, st
   Session session;
   session.messageFolder = common.messages;
   PluginHost plugin(common.plugin);
-  Progress progress(stderr);
+  terminal::Progress progress(stderr);
   Workbench bench(session, plugin, progress, scratch.origin());
   Script script(bench, scratch.path() / SettingsFile::kName, output);
   const ExitCode code = runLines(script, options, file, output, errors);

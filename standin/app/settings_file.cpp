@@ -10,8 +10,8 @@
 
 #include "platform/windows_api.h"
 #include "standin/app/failure.h"
-#include "standin/app/suggestion.h"
 #include "standin/windows/code_page.h"
+#include "tools/terminal/suggestion.h"
 
 namespace standin {
 namespace {
@@ -109,7 +109,7 @@ void SettingsFile::set(const std::string& name, const std::string& value) {
   if (!index) {
     std::vector<std::string> names;
     for (const Setting& setting : settings()) names.emplace_back(setting.name);
-    throw Failure(ExitCode::kUsage, fmt::format("no setting \"{}\"{}", name, didYouMean(name, names)));
+    throw Failure(ExitCode::kUsage, fmt::format("no setting \"{}\"{}", name, terminal::didYouMean(name, names)));
   }
   const std::optional<std::string> text = elementText(name, value);
   if (!text) {

@@ -7,8 +7,8 @@
 
 #include "standin/app/component_lookup.h"
 #include "standin/app/failure.h"
-#include "standin/app/suggestion.h"
 #include "standin/windows/code_page.h"
+#include "tools/terminal/suggestion.h"
 
 namespace standin {
 namespace {
@@ -28,7 +28,7 @@ void checkReadable(const std::filesystem::path& file) {
 
 }  // namespace
 
-Workbench::Workbench(Session& session, Plugin& plugin, Progress& progress, std::filesystem::path folder,
+Workbench::Workbench(Session& session, Plugin& plugin, terminal::Progress& progress, std::filesystem::path folder,
                      ModelReader reader)
     : session_(session), plugin_(plugin), progress_(progress), folder_(std::move(folder)), reader_(std::move(reader)) {}
 
@@ -90,7 +90,7 @@ CommandReport Workbench::run(const std::string& commandName) {
   plugin_.load();
   if (!session_.findCommand(commandName)) {
     throw Failure(ExitCode::kUsage, fmt::format("the plug-in has no command \"{}\"{}", commandName,
-                                                didYouMean(commandName, commandNames(session_))));
+                                                terminal::didYouMean(commandName, commandNames(session_))));
   }
   // The answers that the command takes are gone from the session afterwards.
   const std::deque<FileAnswer> answers = session_.fileAnswers;

@@ -9,9 +9,9 @@
 
 #include "standin/app/package_file.h"
 #include "standin/app/plugin_host.h"
-#include "standin/app/progress.h"
 #include "standin/cad/session.h"
 #include "standin/step/step_loader.h"
+#include "tools/terminal/progress.h"
 
 namespace standin {
 
@@ -34,7 +34,7 @@ struct CommandReport {
 class Workbench {
  public:
   // Relative paths mean `folder`.
-  Workbench(Session& session, Plugin& plugin, Progress& progress, std::filesystem::path folder,
+  Workbench(Session& session, Plugin& plugin, terminal::Progress& progress, std::filesystem::path folder,
             ModelReader reader = loadStep);
 
   Session& session() { return session_; }
@@ -57,7 +57,7 @@ class Workbench {
 
   Session& session_;
   Plugin& plugin_;
-  Progress& progress_;
+  terminal::Progress& progress_;
   std::filesystem::path folder_;
   ModelReader reader_;
 };

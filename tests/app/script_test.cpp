@@ -47,7 +47,7 @@ class ScriptTest : public ::testing::Test {
   rendara::testing::TemporaryFolder folder_;
   Session session_;
   FakePlugin plugin_;
-  Progress progress_{nullptr};
+  terminal::Progress progress_{nullptr};
   Workbench bench_{session_, plugin_, progress_, folder_.path(), readPair};
   std::ostringstream output_;
   std::ostringstream errors_;

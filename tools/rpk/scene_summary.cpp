@@ -115,8 +115,7 @@ class SceneBuilder : public PackageVisitor {
 
   void line(const Line& line) override {
     if (line.keyword == "material" && kind() == Kind::kObject && !object_->material) {
-      object_->material.emplace();
-      object_->material->name = line.name();
+      setMaterial(std::string(line.name()));
     } else if (line.keyword == "transform" || line.keyword == "set transform") {
       if (kind() == Kind::kGroup) path_.back()->placement = matrixOf(line);
       if (kind() == Kind::kCamera) camera_->transform = matrixOf(line);
@@ -226,10 +225,22 @@ class SceneBuilder : public PackageVisitor {
       const auto file = texture->values.find("texture");
       if (file != texture->values.end()) material.texture = file->second;
     }
+    materials_[material.name] = material;
     if (object_) {
       object_->material = std::move(material);
     } else {
       scene.materials.push_back(std::move(material));
+    }
+  }
+
+  // A material that is named only is the last one defined under that name before.
+  void setMaterial(std::string name) {
+    const auto found = materials_.find(name);
+    if (found != materials_.end()) {
+      object_->material = found->second;
+    } else {
+      object_->material.emplace();
+      object_->material->name = std::move(name);
     }
   }
 
@@ -266,6 +277,7 @@ class SceneBuilder : public PackageVisitor {
   std::vector<Kind> open_;
   std::vector<Group*> path_;
   std::map<std::string, const Group*> sources_;
+  std::map<std::string, Material> materials_;
   std::optional<Object> object_;
   std::optional<Material> material_;
   std::optional<Camera> camera_;

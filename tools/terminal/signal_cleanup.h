@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-namespace standin {
+namespace terminal {
 
 // To be called once, before any session exists, so that the session's own handler of page faults comes first.
 void installSignalCleanup();
@@ -29,4 +29,4 @@ class RemovedOnSignal {
   std::size_t slot_;
 };
 
-}  // namespace standin
+}  // namespace terminal

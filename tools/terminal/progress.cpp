@@ -1,11 +1,11 @@
-#include "standin/app/progress.h"
+#include "tools/terminal/progress.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "standin/app/signal_cleanup.h"
+#include "tools/terminal/signal_cleanup.h"
 
-namespace standin {
+namespace terminal {
 namespace {
 
 constexpr std::chrono::milliseconds kPatience{500};
@@ -38,4 +38,4 @@ void Progress::end() {
   clearLineOnSignal(-1);
 }
 
-}  // namespace standin
+}  // namespace terminal

@@ -1,8 +1,8 @@
-#include "standin/app/suggestion.h"
+#include "tools/terminal/suggestion.h"
 
 #include <gtest/gtest.h>
 
-namespace standin {
+namespace terminal {
 namespace {
 
 TEST(SuggestionTest, CountsSingleEditsAndSwaps) {
@@ -26,4 +26,4 @@ TEST(SuggestionTest, SuggestsTheNearestOnlyWhenItIsNear) {
 }
 
 }  // namespace
-}  // namespace standin
+}  // namespace terminal

@@ -1,8 +1,8 @@
-#include "standin/app/suggestion.h"
+#include "tools/terminal/suggestion.h"
 
 #include <algorithm>
 
-namespace standin {
+namespace terminal {
 namespace {
 
 char lower(char character) {
@@ -43,4 +43,4 @@ std::string didYouMean(std::string_view word, const std::vector<std::string>& na
   return nearest ? "; did you mean " + *nearest + "?" : std::string();
 }
 
-}  // namespace standin
+}  // namespace terminal

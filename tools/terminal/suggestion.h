@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace standin {
+namespace terminal {
 
 // The number of single-character insertions, deletions, replacements and swaps of neighbours that turn one text into
 // the other. Letter case of ASCII does not count.
@@ -16,4 +16,4 @@ std::size_t editDistance(std::string_view first, std::string_view second);
 // enough to have been meant.
 std::string didYouMean(std::string_view word, const std::vector<std::string>& names);
 
-}  // namespace standin
+}  // namespace terminal

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-namespace standin {
+namespace terminal {
 
 class Progress {
  public:
@@ -29,4 +29,4 @@ class Progress {
   bool shown_ = false;
 };
 
-}  // namespace standin
+}  // namespace terminal

@@ -1,4 +1,4 @@
-#include "standin/app/signal_cleanup.h"
+#include "tools/terminal/signal_cleanup.h"
 
 #include <unistd.h>
 
@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <string_view>
 
-namespace standin {
+namespace terminal {
 namespace {
 
 struct Entry {
@@ -97,4 +97,4 @@ RemovedOnSignal::~RemovedOnSignal() {
   while (entryCount > 0 && !entries[entryCount - 1].path) --entryCount;
 }
 
-}  // namespace standin
+}  // namespace terminal
