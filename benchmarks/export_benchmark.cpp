@@ -1,7 +1,6 @@
 // The plug-in's own time against Open CASCADE's binary glTF writer, and how it grows with the size of an assembly.
 #include <benchmark/benchmark.h>
 
-#include <BRepMesh_IncrementalMesh.hxx>
 #include <BRep_Tool.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
@@ -62,7 +61,7 @@ class NotingMesher : public standin::PartMesher {
   std::size_t meshDocument() const {
     const standin::PartShape& part = mesher_->shape();
     const TopoDS_Shape whole = standin::compoundOf(part.faces);
-    BRepMesh_IncrementalMesh(whole, chordHeight_ * part.unit, false, 0.5, false);
+    standin::triangulate(whole, mesher_->deflection(chordHeight_));
     std::size_t count = 0;
     for (const TopoDS_Face& face : part.faces) {
       TopLoc_Location location;

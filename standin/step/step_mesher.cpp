@@ -58,17 +58,17 @@ std::shared_ptr<const SurfaceMesh> StepMesher::mesh(std::size_t surface, double 
     failure = "the chord height is not above zero";
     return nullptr;
   }
-  const double deflection = chordHeight * shape_->unit;
+  const double fineness = deflection(chordHeight);
   Answer single;
   const Answer* answer = &single;
   if (chordHeight == keptChord_) {
     answer = &kept_[surface];
   } else if (!kept_.empty() && !kept_[surface].mesh) {
-    single = tessellate({surface}, deflection).front();
+    single = tessellate({surface}, fineness).front();
   } else {
     Indices all(shape_->faces.size());
     std::iota(all.begin(), all.end(), std::size_t{0});
-    kept_ = tessellate(all, deflection);
+    kept_ = tessellate(all, fineness);
     keptChord_ = chordHeight;
     answer = &kept_[surface];
   }
@@ -82,16 +82,16 @@ void StepMesher::forget() {
   keptChord_ = std::numeric_limits<double>::quiet_NaN();
 }
 
-std::vector<StepMesher::Answer> StepMesher::tessellate(const Indices& faces, double deflection) {
+std::vector<StepMesher::Answer> StepMesher::tessellate(const Indices& faces, double fineness) {
   std::vector<Answer> answers(faces.size());
   const auto complete = [&] {
     return std::all_of(answers.begin(), answers.end(), [](const Answer& answer) { return answer.mesh != nullptr; });
   };
   const Message_SequenceOfPrinters printers = Message::DefaultMessenger()->Printers();
   Message::DefaultMessenger()->ChangePrinters().Clear();
-  guarded(answers, [&] { tessellatePlain(faces, deflection, answers); });
-  if (!complete()) guarded(answers, [&] { tessellateConverted(faces, deflection, answers); });
-  if (!complete()) guarded(answers, [&] { tessellateRepaired(faces, deflection, answers); });
+  guarded(answers, [&] { tessellatePlain(faces, fineness, answers); });
+  if (!complete()) guarded(answers, [&] { tessellateConverted(faces, fineness, answers); });
+  if (!complete()) guarded(answers, [&] { tessellateRepaired(faces, fineness, answers); });
   Message::DefaultMessenger()->ChangePrinters() = printers;
   for (Answer& answer : answers) {
     if (answer.mesh) {
@@ -103,17 +103,17 @@ std::vector<StepMesher::Answer> StepMesher::tessellate(const Indices& faces, dou
   return answers;
 }
 
-void StepMesher::tessellatePlain(const Indices& faces, double deflection, std::vector<Answer>& answers) {
+void StepMesher::tessellatePlain(const Indices& faces, double fineness, std::vector<Answer>& answers) {
   Pieces shapes;
   for (const std::size_t face : faces) shapes.push_back(shape_->faces[face]);
   const TopoDS_Shape whole = compoundOf(shapes);
-  triangulate(whole, deflection);
+  triangulate(whole, fineness);
   for (std::size_t i = 0; i < faces.size(); ++i) answers[i].mesh = meshOf({shapes[i]}, shape_->unit);
   BRepTools::Clean(whole);
 }
 
 // Puts the failed faces on B-spline surfaces and meshes everything anew, so that edges stay shared.
-void StepMesher::tessellateConverted(const Indices& faces, double deflection, std::vector<Answer>& answers) {
+void StepMesher::tessellateConverted(const Indices& faces, double fineness, std::vector<Answer>& answers) {
   std::vector<Pieces> shapes;
   Pieces all;
   bool anyConverted = false;
@@ -127,7 +127,7 @@ void StepMesher::tessellateConverted(const Indices& faces, double deflection, st
   }
   if (!anyConverted) return;
   const TopoDS_Shape whole = compoundOf(all);
-  triangulate(whole, deflection);
+  triangulate(whole, fineness);
   for (std::size_t i = 0; i < faces.size(); ++i) {
     if (auto mesh = meshOf(shapes[i], shape_->unit)) answers[i].mesh = std::move(mesh);
   }
@@ -136,12 +136,12 @@ void StepMesher::tessellateConverted(const Indices& faces, double deflection, st
 
 // Takes the failed faces from the repaired part. The others keep the meshes of their own surfaces: the repair leaves
 // the edges of sound faces alone.
-void StepMesher::tessellateRepaired(const Indices& faces, double deflection, std::vector<Answer>& answers) {
+void StepMesher::tessellateRepaired(const Indices& faces, double fineness, std::vector<Answer>& answers) {
   Pieces all;
   for (const std::size_t face : faces) all.insert(all.end(), repaired(face).begin(), repaired(face).end());
   if (all.empty()) return;
   const TopoDS_Shape whole = compoundOf(all);
-  triangulate(whole, deflection);
+  triangulate(whole, fineness);
   for (std::size_t i = 0; i < faces.size(); ++i) {
     if (!answers[i].mesh) answers[i].mesh = meshOf(repaired(faces[i]), shape_->unit);
   }

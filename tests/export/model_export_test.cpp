@@ -23,7 +23,6 @@ namespace {
 
 using rendara::testing::readFile;
 using rendara::testing::WorkingFolder;
-using rendara::testing::writeFile;
 using rpk::Vector;
 using standin::Model;
 
@@ -36,7 +35,6 @@ struct ModelCase {
   int faces;  // of the distinct parts
   int placedFaces;
   double meterScale;  // units per metre
-  const char* quality = "0.2";
 };
 
 void PrintTo(const ModelCase& model, std::ostream* out) { *out << model.file; }
@@ -57,8 +55,7 @@ const ModelCase kModels[] = {
     {"units/cube-m.step", 1, 1, 6, 6, 1},
     {"units/cube-in.step", 1, 1, 6, 6, 39.3701},
     {"units/cube-mm.step", 1, 1, 6, 6, 1000},
-    // A propeller with thin blades: at the default quality the chords alone take 0.86 % of its volume.
-    {"many_roots_metre.stp", 16, 16, 1795, 1795, 1, "0.5"},
+    {"many_roots_metre.stp", 16, 16, 1795, 1795, 1},
     {"open_shell_inch.stp", 1, 1, 99, 99, 39.3701},
     {"as1_non_ascii_names.stp", 10, 36, 53, 160, 39.3701},
 };
@@ -170,8 +167,6 @@ class ModelExport : public ::testing::TestWithParam<ModelCase> {
         byName[sceneName(*model)] = model.get();
       }
     }
-    writeFile("rendara_plugin_settings.xml", std::string("<settings><tessellationQuality>") + GetParam().quality +
-                                                 "</tessellationQuality></settings>");
     bytes = exportPackage();
     scene = rpk::readScene(bytes);
   }
