@@ -1,6 +1,7 @@
 // How fast the writer puts meshes into a file, beside what the file system and stdio do with the same bytes.
 //
 //   PackedMesh / PlainWrite    the rate of a packed mesh should reach 0.9 of the rate of one fwrite of its bytes
+//   FlushedWrite               the same bytes by fwrite, flushed wherever the writer must flush: what is to be had
 //   TextArray / PrintedArray   a text array should be written at least twice as fast as by one fprintf a vector
 //
 // The files are written to the directory for temporary files.
@@ -47,25 +48,46 @@ SceneArray arrayOfVectors(const std::vector<float>& values) {
   return {values.data(), static_cast<int>(values.size() / 3)};
 }
 
-void writeMesh(vntScene_api& scene, const Mesh& mesh) {
+// Calls `ended` after each operation.
+template <typename Ended>
+void writeMesh(vntScene_api& scene, const Mesh& mesh, Ended ended) {
   const SceneArray vertices = arrayOfVectors(mesh.vertices);
   const SceneArray normals = arrayOfVectors(mesh.normals);
   const SceneArray triangles = {mesh.triangles.data(), static_cast<int>(mesh.triangles.size())};
   scene.beginObject("part", true);
+  ended();
   scene.beginGeometry("triangles");
+  ended();
   scene.parameter("vertices", arrayOf(kFloat3), &vertices);
+  ended();
   scene.parameter("normals", arrayOf(kFloat3), &normals);
+  ended();
   scene.parameter("triangles", arrayOf(kInt), &triangles);
+  ended();
   scene.endGeometry();
+  ended();
   scene.endObject();
+  ended();
 }
 
 // A package of meshes of one size, as many as make 300,000 vertices.
-void writePackage(const Mesh& mesh) {
-  vntScene_api_file writer(openScript(), true);
+template <typename Ended>
+void writePackage(std::FILE* stream, const Mesh& mesh, Ended ended) {
+  vntScene_api_file writer(stream, true);
   for (std::size_t vertices = 0; vertices < 300000; vertices += mesh.vertices.size() / 3) {
-    writeMesh(writer, mesh);
+    writeMesh(writer, mesh, ended);
   }
+}
+void writePackage(const Mesh& mesh) {
+  writePackage(openScript(), mesh, [] {});
+}
+
+// Where in the file each operation ends.
+std::vector<std::size_t> operationEnds(const Mesh& mesh) {
+  std::vector<std::size_t> ends;
+  std::FILE* stream = openScript();
+  writePackage(stream, mesh, [&] { ends.push_back(static_cast<std::size_t>(std::ftell(stream))); });
+  return ends;
 }
 
 std::vector<char> readScript() {
@@ -82,10 +104,19 @@ void finish(benchmark::State& state) {
   std::filesystem::remove(scriptPath());
 }
 
+// A new file for each round: one that is cut to nothing and written again is flushed to the disk by some file systems
+// when it is closed, and then the disk is measured.
+void beginRound(benchmark::State& state) {
+  state.PauseTiming();
+  std::filesystem::remove(scriptPath());
+  state.ResumeTiming();
+}
+
 // Opening and closing belong to what is measured, in both of a pair.
 void PackedMesh(benchmark::State& state) {
   const Mesh mesh(static_cast<int>(state.range(0)));
   for ([[maybe_unused]] auto _ : state) {
+    beginRound(state);
     writePackage(mesh);
   }
   finish(state);
@@ -95,8 +126,26 @@ void PlainWrite(benchmark::State& state) {
   writePackage(Mesh(static_cast<int>(state.range(0))));
   const std::vector<char> bytes = readScript();
   for ([[maybe_unused]] auto _ : state) {
+    beginRound(state);
     std::FILE* stream = openScript();
     std::fwrite(bytes.data(), 1, bytes.size(), stream);
+    std::fclose(stream);
+  }
+  finish(state);
+}
+
+void FlushedWrite(benchmark::State& state) {
+  const std::vector<std::size_t> ends = operationEnds(Mesh(static_cast<int>(state.range(0))));
+  const std::vector<char> bytes = readScript();
+  for ([[maybe_unused]] auto _ : state) {
+    beginRound(state);
+    std::FILE* stream = openScript();
+    std::size_t begin = 0;
+    for (const std::size_t end : ends) {
+      std::fwrite(bytes.data() + begin, 1, end - begin, stream);
+      std::fflush(stream);
+      begin = end;
+    }
     std::fclose(stream);
   }
   finish(state);
@@ -140,6 +189,7 @@ void PrintedArray(benchmark::State& state) {
 
 BENCHMARK(PackedMesh)->Arg(10000)->Arg(300000)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(PlainWrite)->Arg(10000)->Arg(300000)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(FlushedWrite)->Arg(10000)->Arg(300000)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(TextArray)->Arg(100000)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(PrintedArray)->Arg(100000)->UseRealTime()->Unit(benchmark::kMillisecond);
 
