@@ -38,6 +38,8 @@ std::optional<MappedFile> MappedFile::open(const std::string& path, std::string*
 
 void MappedFile::release() noexcept { delete[] data_; }
 
+void MappedFile::drop(std::string_view) const noexcept {}
+
 #else
 
 namespace {
@@ -74,6 +76,14 @@ std::optional<MappedFile> MappedFile::open(const std::string& path, std::string*
 
 void MappedFile::release() noexcept {
   if (data_) ::munmap(const_cast<char*>(data_), size_);
+}
+
+// Only whole pages within the range: its neighbours may be in use.
+void MappedFile::drop(std::string_view range) const noexcept {
+  static const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  const auto from = (static_cast<std::size_t>(range.data() - data_) + page - 1) / page * page;
+  const auto to = static_cast<std::size_t>(range.data() + range.size() - data_) / page * page;
+  if (from < to) ::madvise(const_cast<char*>(data_) + from, to - from, MADV_DONTNEED);
 }
 
 #endif

@@ -21,6 +21,8 @@ class MappedFile {
   ~MappedFile();
 
   std::string_view bytes() const { return {data_, size_}; }
+  // Gives back the memory of a range within bytes() that is done with; reading it again brings it back.
+  void drop(std::string_view range) const noexcept;
 
  private:
   MappedFile(const char* data, std::size_t size) : data_(data), size_(size) {}

@@ -10,6 +10,8 @@
 #include <limits>
 #include <utility>
 
+#include "tools/rpk/little_endian.h"
+
 namespace rpk {
 namespace {
 
@@ -62,14 +64,6 @@ std::optional<double> parseNumber(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (end != text.data() + text.size() || error == std::errc::invalid_argument) return std::nullopt;
   return value;
-}
-
-template <typename Value>
-Value loadLittleEndian(const char* bytes) {
-  std::array<char, sizeof(Value)> copy;
-  std::memcpy(copy.data(), bytes, sizeof(Value));
-  if constexpr (std::endian::native == std::endian::big) std::reverse(copy.begin(), copy.end());
-  return std::bit_cast<Value>(copy);
 }
 
 std::size_t valueSize(char tag) { return tag == 'r' ? 8 : 4; }

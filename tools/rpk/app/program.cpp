@@ -13,13 +13,18 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/rpk/app/check_command.h"
+#include "tools/rpk/app/gltf_command.h"
 #include "tools/terminal/signal_cleanup.h"
 #include "tools/terminal/suggestion.h"
 
 namespace rpk {
 namespace {
 
-constexpr std::array<AddCommand, 0> kCommands = {};
+constexpr auto kCommands = std::to_array<AddCommand>({
+    addCheckCommand,
+    addGltfCommand,
+});
 
 constexpr const char* kExitCodes =
     "Exit status: 0 done, 1 the package has faults or the two differ, 2 not a package or not readable, 3 usage, 4 the "

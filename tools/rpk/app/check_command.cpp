@@ -1,0 +1,115 @@
+#include "tools/rpk/app/check_command.h"
+
+#include <fmt/format.h>
+#include <fmt/ostream.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+
+#include "tools/rpk/app/package_input.h"
+#include "tools/rpk/check.h"
+#include "tools/terminal/progress.h"
+
+namespace rpk {
+namespace {
+
+struct Options {
+  std::string file;
+  bool json = false;
+  bool quiet = false;
+  bool strict = false;
+  std::size_t most = CheckLimits().findingsOfOneKind;
+};
+
+std::string counted(std::uint64_t count, std::string_view what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+void writeText(std::ostream& out, const std::string& file, const CheckReport& report) {
+  std::array<std::uint64_t, kCheckKinds> listed{};
+  for (const Finding& finding : report.findings) {
+    ++listed[static_cast<std::size_t>(finding.kind)];
+    fmt::print(out, "{}:{} (offset {}){}{}: {}: {} [{}]\n", file, finding.place.line, finding.place.offset,
+               finding.path.empty() ? "" : " ", finding.path, severityName(checkSeverity(finding.kind)), finding.what,
+               checkKindName(finding.kind));
+  }
+  for (std::size_t i = 0; i < kCheckKinds; ++i) {
+    if (report.counts[i] <= listed[i]) continue;
+    fmt::print(out, "{}: {} more [{}]\n", file, report.counts[i] - listed[i], checkKindName(static_cast<CheckKind>(i)));
+  }
+  fmt::print(out, "{}: {}, {}, {} in {}, {}, {}, {}\n", file, counted(report.count(Severity::kFault), "fault"),
+             counted(report.count(Severity::kWarning), "warning"), counted(report.count(Severity::kNote), "note"),
+             counted(report.groups, "group"), fmt::format("{} mesh{}", report.meshes, report.meshes == 1 ? "" : "es"),
+             counted(report.triangles, "triangle"), counted(report.surfaces, "exact surface"));
+}
+
+// File names need not be text in UTF-8; what is none is replaced.
+void writeJson(std::ostream& out, const std::string& file, const CheckReport& report, bool good) {
+  nlohmann::ordered_json json;
+  json["file"] = file;
+  json["good"] = good;
+  json["faults"] = report.count(Severity::kFault);
+  json["warnings"] = report.count(Severity::kWarning);
+  json["notes"] = report.count(Severity::kNote);
+  json["groups"] = report.groups;
+  json["meshes"] = report.meshes;
+  json["triangles"] = report.triangles;
+  json["surfaces"] = report.surfaces;
+  json["counts"] = nlohmann::ordered_json::object();
+  for (std::size_t i = 0; i < kCheckKinds; ++i) {
+    if (report.counts[i] > 0) json["counts"][std::string(checkKindName(static_cast<CheckKind>(i)))] = report.counts[i];
+  }
+  json["findings"] = nlohmann::ordered_json::array();
+  for (const Finding& finding : report.findings) {
+    json["findings"].push_back({{"severity", severityName(checkSeverity(finding.kind))},
+                                {"kind", checkKindName(finding.kind)},
+                                {"line", finding.place.line},
+                                {"offset", finding.place.offset},
+                                {"path", finding.path},
+                                {"what", finding.what}});
+  }
+  out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+ExitCode check(const Options& options, std::ostream& out) {
+  const MappedFile file = openPackage(options.file);
+  terminal::Progress progress(options.quiet ? nullptr : stderr);
+  progress.begin();
+  CheckLimits limits;
+  limits.findingsOfOneKind = options.most;
+  const char* const start = file.bytes().data();
+  const CheckReport report = checkPackage(file.bytes(), limits, [&](std::string_view passed) {
+    file.drop(passed);
+    const auto until = static_cast<std::size_t>(passed.data() + passed.size() - start);
+    progress.show(fmt::format("Checking {} %", until * 100 / file.bytes().size()));
+  });
+  progress.end();
+  const bool good = report.count(Severity::kFault) == 0 && (!options.strict || report.count(Severity::kWarning) == 0);
+  if (options.json) {
+    writeJson(out, options.file, report, good);
+  } else if (!options.quiet) {
+    writeText(out, options.file, report);
+  }
+  return good ? ExitCode::kDone : ExitCode::kFound;
+}
+
+}  // namespace
+
+void addCheckCommand(CLI::App& program, Work& work) {
+  CLI::App* command =
+      program.add_subcommand("check", "Looks for everything in a package that a renderer stumbles over");
+  const auto options = std::make_shared<Options>();
+  command->add_option("FILE", options->file, "The package")->required();
+  command->add_flag("--json", options->json, "Findings and counts as JSON");
+  command->add_flag("--quiet", options->quiet, "Nothing but the exit status (and what --json asks for)");
+  command->add_flag("--strict", options->strict, "Warnings count as faults");
+  command->add_option("--most", options->most, "Findings of one kind that are listed; the rest is counted")
+      ->capture_default_str();
+  command->callback([options, &work] { work = [options](std::ostream& out) { return check(*options, out); }; });
+}
+
+}  // namespace rpk
