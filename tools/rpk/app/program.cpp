@@ -15,6 +15,7 @@
 
 #include "tools/rpk/app/check_command.h"
 #include "tools/rpk/app/gltf_command.h"
+#include "tools/rpk/app/picture_command.h"
 #include "tools/terminal/signal_cleanup.h"
 #include "tools/terminal/suggestion.h"
 
@@ -24,6 +25,7 @@ namespace {
 constexpr auto kCommands = std::to_array<AddCommand>({
     addCheckCommand,
     addGltfCommand,
+    addPictureCommand,
 });
 
 constexpr const char* kExitCodes =

@@ -1,0 +1,80 @@
+#include "tools/rpk/picture/picture_model.h"
+
+#include <map>
+#include <string>
+#include <tuple>
+
+namespace rpk {
+namespace {
+
+bool repeats(const Material& material) {
+  const Shader* texture = material.surface.find("diffuse");
+  if (!texture) return true;
+  const auto wrap = texture->values.find("wrap");
+  return wrap == texture->values.end() || wrap->second != "off";
+}
+
+// Gathers the distinct materials and parts of a scene while its placements are gone through.
+class Collector {
+ public:
+  explicit Collector(const TextureLoader& loader) : loader_(loader) {}
+
+  void add(const PlacedGroup& placed) {
+    std::vector<DrawnObject> meshes;
+    for (const DrawnObject& drawn : drawnObjects(*placed.group)) {
+      if (drawn.object->geometryType == "triangles") meshes.push_back(drawn);
+    }
+    if (meshes.empty()) return;
+    PictureInstance instance;
+    instance.part = partOf(meshes);
+    instance.placement = placed.placement;
+    for (const DrawnObject& mesh : meshes) instance.materials.push_back(materialOf(mesh.material));
+    model_.instances.push_back(std::move(instance));
+  }
+
+  PictureModel take() { return std::move(model_); }
+
+ private:
+  // A group and the references to it draw the same objects, so the first of them tells the part.
+  std::size_t partOf(const std::vector<DrawnObject>& meshes) {
+    const auto [entry, added] = parts_.try_emplace(meshes.front().object, model_.parts.size());
+    if (!added) return entry->second;
+    PicturePart& part = model_.parts.emplace_back();
+    for (const DrawnObject& mesh : meshes) part.meshes.push_back(copyMesh(mesh.object->mesh));
+    return entry->second;
+  }
+
+  // A material block is written at every use, so blocks that say the same are one material.
+  std::size_t materialOf(const Material* material) {
+    const Material none;
+    const Material& source = material ? *material : none;
+    const Vector colour = source.colour.value_or(PictureMaterial{}.colour);
+    const auto [entry, added] = materials_.try_emplace(std::tuple(source.name, colour, source.texture, repeats(source)),
+                                                       model_.materials.size());
+    if (added) model_.materials.push_back({colour, textureOf(source.texture), repeats(source)});
+    return entry->second;
+  }
+
+  std::shared_ptr<const Image> textureOf(const std::string& path) {
+    if (path.empty() || !loader_) return nullptr;
+    const auto found = textures_.find(path);
+    if (found != textures_.end()) return found->second;
+    return textures_[path] = loader_(path);
+  }
+
+  const TextureLoader& loader_;
+  PictureModel model_;
+  std::map<const Object*, std::size_t> parts_;
+  std::map<std::tuple<std::string, Vector, std::string, bool>, std::size_t> materials_;
+  std::map<std::string, std::shared_ptr<const Image>> textures_;
+};
+
+}  // namespace
+
+PictureModel pictureModel(const Scene& scene, const TextureLoader& loader) {
+  Collector collector(loader);
+  for (const PlacedGroup& placed : placedGroups(scene)) collector.add(placed);
+  return collector.take();
+}
+
+}  // namespace rpk

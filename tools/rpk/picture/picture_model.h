@@ -1,0 +1,51 @@
+// What a picture shows: parts made of triangle meshes, and the places that they stand in. Filled from a package here;
+// any other source of meshes and placements can fill it as well.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/rpk/drawing.h"
+#include "tools/rpk/image_file.h"
+#include "tools/rpk/scene_summary.h"
+
+namespace rpk {
+
+// Colours are display colours (sRGB) of 0 to 1 per channel.
+struct PictureMaterial {
+  Vector colour = {0.6, 0.6, 0.6};
+  // Stands in the place of the colour; null without a texture. u runs to the right and v upwards from the lower left
+  // corner; outside 0 to 1 it repeats, or else goes on as at its border. Transparency does not count.
+  std::shared_ptr<const Image> texture;
+  bool repeat = true;
+};
+
+// Meshes that always stand together, in coordinates of their own. Vertex normals, where a mesh has them, point out of
+// the material; without them the outside is where the corners of a triangle run counter-clockwise.
+struct PicturePart {
+  std::vector<TriangleMesh> meshes;
+};
+
+struct PictureInstance {
+  std::size_t part = 0;
+  Matrix placement = kIdentity;
+  std::vector<std::size_t> materials;  // one for each mesh of the part; what is missing is grey
+};
+
+struct PictureModel {
+  std::vector<PictureMaterial> materials;
+  std::vector<PicturePart> parts;
+  std::vector<PictureInstance> instances;
+};
+
+// The image of a texture that the package names, or null.
+using TextureLoader = std::function<std::shared_ptr<const Image>(const std::string& path)>;
+
+// All meshes of a package at rest. Exact surfaces are left out: they stand beside the mesh of the same face. The loader
+// is called once for each path; without one textures are left out.
+PictureModel pictureModel(const Scene& scene, const TextureLoader& loader = {});
+
+}  // namespace rpk
