@@ -1,64 +1,73 @@
 // A reader of untrusted bytes: whatever a file holds, reading ends, never leaves the range, and blocks stay balanced.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
 #include <memory>
 #include <random>
+#include <utility>
 
+#include "tests/rpk/damage.h"
 #include "tests/rpk/package_text.h"
-#include "tools/rpk/package_counts.h"
-#include "tools/rpk/package_reader.h"
-#include "tools/rpk/scene_summary.h"
+#include "tests/rpk/read_everything.h"
+#include "tests/rpk/whole_package.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
-class Balance : public rpk::PackageVisitor {
- public:
-  explicit Balance(std::string_view range) : range_(range) {}
-  void openBlock(const rpk::Block& block) override {
-    ++depth_;
-    expectInside(block.place);
-  }
-  void closeBlock(const rpk::BlockEnd& end) override {
-    --depth_;
-    ASSERT_GE(depth_, 0);
-    expectInside(end.place);
-  }
-  void parameter(const rpk::Parameter& parameter) override {
-    expectInside(parameter.place);
-    if (!parameter.array) return;
-    values_ += parameter.array->doubles().size();
-    values_ += parameter.array->floats().size() + parameter.array->integers().size();
-  }
-  void fault(const rpk::Fault& fault) override {
-    ++faults_;
-    expectInside(fault.place);
-  }
-  int depth() const { return depth_; }
-  int faults() const { return faults_; }
-
- private:
-  void expectInside(const rpk::Place& place) { EXPECT_LE(place.offset, range_.size()); }
-
-  std::string_view range_;
-  int depth_ = 0;
-  int faults_ = 0;
-  std::size_t values_ = 0;
-};
+using rpk_test::Reading;
 
 // Reads a copy of its own size, so that a sanitizer sees any byte read beyond the end.
-int readDamaged(std::string_view text) {
+Reading readDamaged(std::string_view text) {
   const auto copy = std::make_unique<char[]>(text.size());
   text.copy(copy.get(), text.size());
-  const std::string_view bytes(copy.get(), text.size());
-  Balance balance(bytes);
-  rpk::readPackage(bytes, balance);
-  EXPECT_EQ(balance.depth(), 0);
-  const rpk::Scene scene = rpk::readScene(bytes);
-  const rpk::PackageCounts counts = rpk::countPackage(bytes);
-  EXPECT_EQ(scene.faultCount, counts.faultCount);
-  const rpk::ByteCounts& kinds = counts.bytes;
-  EXPECT_EQ(kinds.mesh + kinds.nurbs + kinds.animation + kinds.text, text.size());
-  return balance.faults();
+  Reading reading = rpk_test::readEverything({copy.get(), text.size()});
+  EXPECT_TRUE(reading.promisesKept);
+  return reading;
+}
+
+// The plain meaning of a package without faults, apart from the code that checks one: every block is closed, and each
+// mesh has whole triangles of vertices that are there and finite.
+class PlainStructure : public rpk::PackageVisitor {
+ public:
+  void openBlock(const rpk::Block& block) override {
+    if (block.keyword == "geometry" && block.directive.empty()) {
+      mesh_ = block.name() == "triangles";
+      vertices_.clear();
+      triangles_.clear();
+    }
+  }
+  void parameter(const rpk::Parameter& parameter) override {
+    if (!mesh_ || !parameter.array) return;
+    if (parameter.name == "vertices") vertices_ = parameter.array->doubles();
+    if (parameter.name == "triangles") triangles_ = parameter.array->doubles();
+  }
+  void closeBlock(const rpk::BlockEnd& end) override {
+    valid_ = valid_ && !end.missing;
+    if (std::exchange(mesh_, false)) valid_ = valid_ && meshIsValid();
+  }
+  bool valid() const { return valid_; }
+
+ private:
+  bool meshIsValid() const {
+    const auto inRange = [&](double index) {
+      return index >= 0 && index < static_cast<double>(vertices_.size() / 3) && index == std::floor(index);
+    };
+    return vertices_.size() % 3 == 0 && triangles_.size() % 3 == 0 &&
+           std::all_of(vertices_.begin(), vertices_.end(), [](double value) { return std::isfinite(value); }) &&
+           std::all_of(triangles_.begin(), triangles_.end(), inRange);
+  }
+
+  bool mesh_ = false;
+  bool valid_ = true;
+  std::vector<double> vertices_;
+  std::vector<double> triangles_;
+};
+
+bool isPlainlyValid(std::string_view text) {
+  PlainStructure structure;
+  return rpk::readPackage(text, structure) == 0 && structure.valid();
 }
 
 TEST(DamagedPackage, CutAnywhereIsSeen) {
@@ -66,9 +75,9 @@ TEST(DamagedPackage, CutAnywhereIsSeen) {
   const std::size_t content = whole.find("group \"pump\"");
   const std::size_t lastBrace = whole.rfind('}');
   for (std::size_t size = 0; size < whole.size(); ++size) {
-    const int faults = readDamaged(std::string_view(whole).substr(0, size));
+    const Reading reading = readDamaged(std::string_view(whole).substr(0, size));
     if (size > content && size <= lastBrace) {
-      EXPECT_GT(faults, 0) << "cut at " << size;
+      EXPECT_GT(reading.check.count(rpk::CheckKind::kSyntax), 0U) << "cut at " << size;
     }
   }
 }
@@ -112,6 +121,38 @@ TEST(DamagedPackage, ShuffledLinesAreSurvived) {
     std::string text;
     for (const std::string& line : lines) text += line;
     readDamaged(text);
+  }
+}
+
+// What damage leaves is told, or what is left is still a package.
+TEST(DamagedPackage, IsToldOrStillValid) {
+  const std::string whole = rpk_test::wholePackage();
+  ASSERT_TRUE(isPlainlyValid(whole));
+  int told = 0;
+  for (std::uint32_t seed = 0; seed < 1000; ++seed) {
+    const std::string text = rpk_test::Damager(seed).damage(whole);
+    const bool faulty = readDamaged(text).check.count(rpk::Severity::kFault) > 0;
+    told += faulty ? 1 : 0;
+    EXPECT_TRUE(faulty || isPlainlyValid(text)) << "seed " << seed;
+  }
+  EXPECT_GT(told, 700);
+}
+
+// The same over every form that the writer knows, each built from the last: what a fuzzer does, with a fixed end.
+TEST(DamagedPackage, DamageUponDamageIsSurvived) {
+  std::vector<std::string> texts = {rpk_test::pumpPackage(), rpk_test::wholePackage()};
+  for (const auto& entry : std::filesystem::directory_iterator(RENDARA_TEST_DATA "/scene")) {
+    if (entry.path().extension() == ".golden") texts.push_back(rendara::testing::readFile(entry.path()));
+  }
+  std::sort(texts.begin(), texts.end());
+  ASSERT_GT(texts.size(), 20U);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    rpk_test::Damager damager(static_cast<std::uint32_t>(i));
+    std::string text = texts[i];
+    for (int round = 0; round < 200; ++round) {
+      text = round % 10 == 0 ? texts[i] : damager.damage(text);
+      readDamaged(text);
+    }
   }
 }
 

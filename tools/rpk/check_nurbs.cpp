@@ -32,17 +32,18 @@ struct Direction {
   const CheckedArray& knots;
 };
 
-void checkKnotsRise(const CheckedArray& knots, std::string_view axis, CheckReporter& reporter) {
+bool checkKnotsRise(const CheckedArray& knots, std::string_view axis, CheckReporter& reporter) {
   NumberCursor cursor(knots.view);
   std::optional<double> last;
   for (std::size_t i = 0; const auto knot = cursor.next(); ++i) {
     if (last && *knot < *last) {
       reporter.report(CheckKind::kDecreasingKnots, reporter.placeOf(knots.view, knots.place, cursor.last()),
                       fmt::format("{}knot {} is {:g} after {:g}", axis, i, *knot, *last));
-      return;
+      return false;
     }
     last = knot;
   }
+  return true;
 }
 
 void checkBound(const CheckedNumber& bound, std::optional<double> knot, double range, std::string_view name,
@@ -55,7 +56,7 @@ void checkBound(const CheckedNumber& bound, std::optional<double> knot, double r
 // The number of control points in one direction; nothing when order and knots do not tell.
 std::optional<std::int64_t> checkDirection(const Direction& direction, CheckReporter& reporter) {
   if (!usable(direction.knots)) return std::nullopt;
-  checkKnotsRise(direction.knots, direction.axis, reporter);
+  const bool rising = checkKnotsRise(direction.knots, direction.axis, reporter);
   if (!direction.order.value) return std::nullopt;
   const auto order = static_cast<std::int64_t>(*direction.order.value);
   const auto knots = static_cast<std::int64_t>(direction.knots.count);
@@ -64,6 +65,7 @@ std::optional<std::int64_t> checkDirection(const Direction& direction, CheckRepo
                     fmt::format("{}order {} does not go with {} knots", direction.axis, order, knots));
     return std::nullopt;
   }
+  if (!rising) return knots - order;
   const auto first = valueAt(direction.knots, static_cast<std::size_t>(order - 1));
   const auto last = valueAt(direction.knots, static_cast<std::size_t>(knots - order));
   const double range = std::max(std::abs(last.value_or(0)), std::abs(first.value_or(0)));
