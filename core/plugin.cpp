@@ -70,7 +70,7 @@ bool RendaraPlugin::exportPartGeometry(ProPart part, const ProAsmcomppath& appea
                                        const Matrix& placement, bool defineGeometry) {
   const PartOccurrence occurrence{part, appearancePath, name.text.c_str(), placement.data(), defineGeometry};
   const auto firstMaterial =
-      rendara::exportPartGeometry(*sceneOutput.scene, occurrence, geometryOptions(), meshBuffers,
+      rendara::exportPartGeometry(*sceneOutput.scene, occurrence, geometryOptions(), {meshBuffers, exactBuffers},
                                   [&] { writeComponentAnimation(animationPath, name.text.c_str()); });
   // Two names that lost characters can be equal without meaning the same part.
   if (firstMaterial && name.exact) {

@@ -99,6 +99,7 @@ class RendaraPlugin {
   PluginSettings settings;
   std::vector<ProAsmcomppath> changedItems;  // what the Update in progress defines anew
   MeshBuffers meshBuffers;
+  ExactSurfaceBuffers exactBuffers;
   // The names under which this scene holds geometry, with the first material written under each.
   std::unordered_map<std::string, MaterialRecord> writtenNames;
   std::unique_ptr<RendererLink> rendererLink;  // null: no renderer can be reached

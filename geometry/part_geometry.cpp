@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "geometry/exact_records.h"
+#include "geometry/exact_surface.h"
 #include "geometry/surface_collection.h"
 #include "geometry/tessellation.h"
 #include "scene/appearance_reader.h"
@@ -50,13 +52,16 @@ MaterialGroups groupByMaterial(const SurfaceCollection& collection, const PartOc
 class PartWriter {
  public:
   PartWriter(vntScene_api& scene, const PartOccurrence& occurrence, const GeometryOptions& options,
-             MeshBuffers& buffers)
+             const GeometryBuffers& buffers)
       : scene_(scene), occurrence_(occurrence), options_(options), buffers_(buffers) {}
 
   std::optional<MaterialRecord> writeGeometry(const SurfaceCollection& collection) {
     partName_ = modelName(occurrence_.part).text;
     const SurfaceTessellator tessellator(occurrence_.part, options_.tessellationQuality);
     scene_.flags(kDefinedGeometryFlags);
+    if (options_.includeNURBS) {
+      records_.emplace(collection);
+    }
     const MaterialGroups groups = groupByMaterial(collection, occurrence_, partName_, options_.separateMaterials);
     std::optional<MaterialRecord> first;
     for (const auto& [name, group] : groups) {
@@ -74,35 +79,53 @@ class PartWriter {
       scene_.beginGroup(partName_.c_str(), true);
       scene_.flags(kMaterialGroupFlags);
     }
-    collectMesh(collection, tessellator, group);
-    const bool hasMesh = buffers_.hasMesh();
-    if (hasMesh) {
+    bool written = false;
+    buffers_.mesh.clear();
+    for (const std::size_t index : group.surfaces) {
+      const ProSurface surface = collection.surfaces[index];
+      if (const Tessellation tessellation = tessellator.tessellate(surface)) {
+        buffers_.mesh.append(tessellation.get());
+        written = writeExactSurfaces(surface, name, group.record) || written;
+      }
+    }
+    if (buffers_.mesh.hasMesh()) {
       scene_.beginObject(partName_.c_str(), true);
-      buffers_.write(scene_);
+      buffers_.mesh.write(scene_);
       writeMaterial(scene_, name, group.record);
       scene_.endObject();
+      written = true;
     }
     if (options_.includeNURBS) {
       scene_.endGroup();
     }
-    return hasMesh;
+    return written;
   }
 
-  void collectMesh(const SurfaceCollection& collection, const SurfaceTessellator& tessellator,
-                   const MaterialGroup& group) {
-    buffers_.clear();
-    for (const std::size_t index : group.surfaces) {
-      if (const Tessellation tessellation = tessellator.tessellate(collection.surfaces[index])) {
-        buffers_.append(tessellation.get());
-      }
+  // One object for each record of the surface; false when there is none.
+  bool writeExactSurfaces(ProSurface surface, const std::string& material, const MaterialRecord& record) {
+    if (!records_) {
+      return false;
     }
+    int id = 0;
+    ProSurfaceIdGet(surface, &id);
+    const auto records = records_->recordsOf(id);
+    for (ProSurfacedata* data : records) {
+      buffers_.exact.clear();
+      records_->collectTrims(surface, buffers_.exact);
+      scene_.beginObject(partName_.c_str(), true);
+      writeExactSurface(scene_, data, buffers_.exact);
+      writeMaterial(scene_, material, record);
+      scene_.endObject();
+    }
+    return !records.empty();
   }
 
   vntScene_api& scene_;
   const PartOccurrence& occurrence_;
   const GeometryOptions& options_;
-  MeshBuffers& buffers_;
+  GeometryBuffers buffers_;
   std::string partName_;
+  std::optional<ExactRecords> records_;
 };
 
 }  // namespace
@@ -116,7 +139,7 @@ NarrowText modelName(ProMdl model) {
 }
 
 std::optional<MaterialRecord> exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
-                                                 const GeometryOptions& options, MeshBuffers& buffers,
+                                                 const GeometryOptions& options, const GeometryBuffers& buffers,
                                                  const std::function<void()>& writeAnimation) {
   SurfaceCollection collection;
   collectSurfaces(occurrence.part, collection);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 
+#include "geometry/exact_buffers.h"
 #include "geometry/mesh_buffers.h"
 #include "platform/creo_toolkit.h"
 #include "scene/material.h"
@@ -23,21 +24,27 @@ struct PartOccurrence {
 
 struct GeometryOptions {
   double tessellationQuality = 0.2;
-  bool includeNURBS = true;       // wraps every material group in a group of its own
+  bool includeNURBS = true;       // exact surfaces too; every material group then stands in a group of its own
   bool separateMaterials = true;  // material names begin with the part's name
 
   bool operator==(const GeometryOptions&) const = default;
 };
 
+// What is reused from part to part. The members' capacity stays.
+struct GeometryBuffers {
+  MeshBuffers& mesh;
+  ExactSurfaceBuffers& exact;
+};
+
 // The name of a model as narrow text, at most 259 bytes; not exact when it cannot be had.
 NarrowText modelName(ProMdl model);
 
-// Writes the occurrence's group: geometry if it is to be defined, one mesh object for each material in the order of
-// the materials' names, then what `writeAnimation` writes, then the placement. A part without an exported surface
-// writes nothing at all. `buffers` are used and left with the last group's mesh. The result is the material of the
-// first object that was written; nothing when none was.
+// Writes the occurrence's group: geometry if it is to be defined, for each material in the order of the materials'
+// names its exact surfaces and one mesh object, then what `writeAnimation` writes, then the placement. A part without
+// an exported surface writes nothing at all. `buffers` are used and left with the last group's mesh. The result is the
+// material of the first object that was written; nothing when none was.
 std::optional<MaterialRecord> exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
-                                                 const GeometryOptions& options, MeshBuffers& buffers,
+                                                 const GeometryOptions& options, const GeometryBuffers& buffers,
                                                  const std::function<void()>& writeAnimation);
 
 }  // namespace rendara

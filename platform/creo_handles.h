@@ -50,6 +50,8 @@ class CadHandle {
 using TessellationInput = CadHandle<ProSurfaceTessellationInput, ProSurfacetessellationinputFree>;
 using Tessellation = CadHandle<ProTessellation, ProTessellationFree>;
 using VersionStamp = CadHandle<WVerstamp, ProVerstampFree>;
+using GeomitemData = CadHandle<ProGeomitemdata*, ProGeomitemdataFree>;
+using InterfaceData = CadHandle<ProIntfData*, ProIntfDataFree>;
 using RepresentationData = CadHandle<ProSimprepdata*, ProSimprepdataFree>;
 
 // An array that the toolkit allocated. Absent until an operation fills it in; an absent array has no elements.

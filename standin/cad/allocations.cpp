@@ -14,6 +14,7 @@ namespace {
 const char* nameOf(AllocationKind kind, bool several) {
   switch (kind) {
     case AllocationKind::array:
+    case AllocationKind::ownedArray:
       return several ? "arrays" : "array";
     case AllocationKind::tessellation:
       return several ? "tessellations" : "tessellation";
@@ -23,6 +24,10 @@ const char* nameOf(AllocationKind kind, bool several) {
       return several ? "representation data" : "representation datum";
     case AllocationKind::versionStamp:
       return several ? "version stamps" : "version stamp";
+    case AllocationKind::interfaceData:
+      return several ? "interface data" : "interface data record";
+    case AllocationKind::surfaceData:
+      return several ? "surface data" : "surface data record";
   }
   return "";
 }
@@ -30,12 +35,15 @@ const char* nameOf(AllocationKind kind, bool several) {
 }  // namespace
 
 Allocations::~Allocations() {
-  for (const auto& [memory, allocation] : live_) {
-    destroy(const_cast<void*>(memory), allocation);
+  // What is destroyed may take others with it.
+  while (!live_.empty()) {
+    const auto first = live_.begin();
+    release(const_cast<void*>(first->first), first->second.kind);
   }
 }
 
-void* Allocations::addArray(const char* operation, std::size_t elementSize, std::size_t count, bool guarded) {
+void* Allocations::addArray(const char* operation, std::size_t elementSize, std::size_t count, bool guarded,
+                            AllocationKind kind) {
   const std::size_t bytes = elementSize * count;
   void* memory = guarded ? allocateGuarded(bytes, operation) : nullptr;
   const bool isGuarded = memory != nullptr;
@@ -45,13 +53,15 @@ void* Allocations::addArray(const char* operation, std::size_t elementSize, std:
       throw std::bad_alloc();
     }
   }
-  add(memory, {operation, AllocationKind::array, bytes, count, isGuarded, nullptr});
+  add(memory, {operation, kind, bytes, count, isGuarded, nullptr});
   return memory;
 }
 
 const std::size_t* Allocations::arraySize(const void* array) const {
   const auto found = live_.find(array);
-  return found != live_.end() && found->second.kind == AllocationKind::array ? &found->second.count : nullptr;
+  const bool isArray = found != live_.end() && (found->second.kind == AllocationKind::array ||
+                                                found->second.kind == AllocationKind::ownedArray);
+  return isArray ? &found->second.count : nullptr;
 }
 
 bool Allocations::isLive(const void* memory, AllocationKind kind) const {
@@ -75,6 +85,9 @@ std::string Allocations::describe(const void* memory, AllocationKind kind) const
   const std::string name = nameOf(kind, false);
   const auto found = live_.find(memory);
   if (found != live_.end()) {
+    if (found->second.kind == AllocationKind::ownedArray) {
+      return "the array belongs to what " + std::string(found->second.operation) + " filled in";
+    }
     return "what " + std::string(found->second.operation) + " gave out is no " + name;
   }
   if (freed_[freedSlot(memory)] == memory) {
@@ -86,6 +99,9 @@ std::string Allocations::describe(const void* memory, AllocationKind kind) const
 std::vector<std::string> Allocations::leaks() const {
   std::map<std::pair<std::string, AllocationKind>, std::size_t> counts;
   for (const auto& entry : live_) {
+    if (entry.second.kind == AllocationKind::ownedArray) {
+      continue;
+    }
     ++counts[{entry.second.operation, entry.second.kind}];
   }
   std::vector<std::string> lines;

@@ -8,7 +8,16 @@
 
 namespace standin {
 
-enum class AllocationKind { array, tessellation, tessellationInput, representationData, versionStamp };
+enum class AllocationKind {
+  array,
+  ownedArray,  // belongs to another allocation, which frees it
+  tessellation,
+  tessellationInput,
+  representationData,
+  versionStamp,
+  interfaceData,
+  surfaceData
+};
 
 class Allocations {
  public:
@@ -18,7 +27,8 @@ class Allocations {
   Allocations& operator=(const Allocations&) = delete;
 
   // Memory for `count` elements, not initialised, ending at a guard page if asked. `operation` must be a literal.
-  void* addArray(const char* operation, std::size_t elementSize, std::size_t count, bool guarded);
+  void* addArray(const char* operation, std::size_t elementSize, std::size_t count, bool guarded,
+                 AllocationKind kind = AllocationKind::array);
   // The number of elements of a live array, none when the pointer is not one.
   const std::size_t* arraySize(const void* array) const;
 

@@ -52,6 +52,62 @@ class PartMesher {
   virtual void forget() {}
 };
 
+// A B-spline curve in the parameter plane of a surface.
+struct PlaneCurve {
+  ProEnttype type = PRO_ENT_B_SPLINE;  // any other: a curve that is not given as a B-spline
+  int degree = 1;
+  std::vector<double> knots;    // as many as poles and degree and 1 together
+  std::vector<double> weights;  // one for each pole, or none
+  std::vector<Point> poles;     // u, v, 0; not multiplied by the weights
+};
+
+// An edge between two surfaces, each of which it meets by a curve in that surface's parameter plane. A seam has the
+// same surface on both sides; an edge that bounds one surface only (a rim, a pole) has no second side.
+struct ExactEdge {
+  struct Side {
+    int surfaceId = PRO_VALUE_UNUSED;
+    int direction = 0;  // 1: the surface's contour runs against the curve; else -1
+    PlaneCurve curve;
+  };
+  int id = 0;
+  std::array<Side, 2> sides;
+};
+
+struct ExactContour {
+  ProContourTraversal traversal = PRO_CONTOUR_TRAV_EXTERNAL;
+  std::vector<int> edgeIds;  // in the order in which the contour runs; a seam's stands twice
+};
+
+// A surface as a B-spline over the range of its parameters that it needs, with its contours in the parameter plane:
+// outer ones counter-clockwise, holes clockwise, whatever side of the surface is outside.
+struct ExactSurface {
+  std::size_t index = 0;  // in Model::surfaces
+  int recordId = 0;       // the id that its record carries, mostly that of the surface
+  int uDegree = 1, vDegree = 1;
+  std::vector<double> uKnots, vKnots;
+  std::vector<double> weights;  // one for each pole, or none
+  std::vector<Point> poles;     // v runs fastest; not multiplied by the weights
+  std::vector<ExactContour> contours;
+};
+
+// All surfaces and edges of a part that could be converted; each list of surfaces in the order of their indices.
+struct ExactPart {
+  std::vector<ExactSurface> solid;
+  std::vector<std::vector<ExactSurface>> quilts;  // of each quilt of the model, in their order
+  std::vector<ExactEdge> edges;
+  std::vector<std::pair<std::size_t, std::string>> failures;  // surfaces left out, by index, with the reason
+};
+
+// Converts the surfaces of one part on request.
+class PartConverter {
+ public:
+  virtual ~PartConverter() = default;
+  // Null when nothing can be converted. The result is not changed afterwards.
+  virtual std::shared_ptr<const ExactPart> convert() = 0;
+  // Frees what is kept for a faster answer.
+  virtual void forget() {}
+};
+
 struct Feature {
   int id = 0;
   ProFeattype type = 0;
@@ -160,6 +216,7 @@ struct Model {
   std::optional<std::array<Point, 2>> outline;  // of the model's own geometry, in its own coordinates
   std::uint64_t versionStamp = 1;               // rises with every change of the model
   std::shared_ptr<PartMesher> mesher;           // null when there are no surfaces
+  std::shared_ptr<PartConverter> converter;     // null when there are no exact surfaces to be had
 
   int lastId = 0;  // the highest id given out by the functions below
 

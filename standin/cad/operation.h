@@ -39,6 +39,7 @@ struct Session::Impl {
   std::map<std::string, std::unique_ptr<Dialog>> dialogs;
   std::deque<sel_3d_struct> picks;
   std::unordered_set<const void*> livePicks;
+  std::unordered_set<const void*> liveContours, liveEdges;  // of the visits that run
   void* pickArray = nullptr;
   std::map<std::filesystem::path, MessageFile> messageFiles;
 
