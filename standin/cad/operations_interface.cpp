@@ -64,6 +64,7 @@ class SurfaceRecords {
   ProSurfacedata* add(const ExactSurface& surface, int id) {
     ptc_surf& record = surfaces_.emplace_back(ptc_surf{&surface, id, nullptr});
     std::vector<ProContourdata*> contours;
+    contours.reserve(surface.contours.size());
     for (const ExactContour& contour : surface.contours) {
       contours.push_back(&contours_.emplace_back(ptc_contour{arrayOf(contour.edgeIds)}));
     }
@@ -74,9 +75,9 @@ class SurfaceRecords {
   template <typename Element>
   Element* arrayOf(const std::vector<Element>& values) {
     if (values.empty()) return nullptr;
-    // NOLINTNEXTLINE(bugprone-sizeof-expression): an element may be a handle
+    constexpr std::size_t kSize = sizeof(Element);  // NOLINT(bugprone-sizeof-expression): it may be a handle
     auto* array = static_cast<Element*>(
-        allocations_.addArray(name_, sizeof(Element), values.size(), false, AllocationKind::ownedArray));
+        allocations_.addArray(name_, kSize, values.size(), false, AllocationKind::ownedArray));
     std::copy(values.begin(), values.end(), array);
     arrays_.push_back(array);
     return array;
@@ -126,6 +127,7 @@ struct pro_intf_data {
     }
     for (const std::vector<ExactSurface>& quilt : part->quilts) {
       std::vector<ProSurfacedata*> list;
+      list.reserve(quilt.size());
       for (const ExactSurface& surface : quilt) {
         list.push_back(records.add(surface, surface.recordId));
       }

@@ -13,7 +13,6 @@
 namespace rendara {
 namespace {
 
-using standin::ExactContour;
 using standin::ExactEdge;
 using standin::ExactPart;
 using standin::ExactSurface;
