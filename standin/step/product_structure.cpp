@@ -10,6 +10,7 @@
 #include <set>
 #include <vector>
 
+#include "standin/step/exact_part.h"
 #include "standin/step/product_attributes.h"
 #include "standin/step/step_mesher.h"
 
@@ -134,6 +135,9 @@ class Builder {
       for (const std::size_t face : faces) part.addSurface(feature, &quilt).appearance = appearances[face];
     }
     part.outline = outlineOf(*shape);
+    std::vector<int> surfaceIds;
+    for (const Surface& surface : part.surfaces) surfaceIds.push_back(surface.id);
+    part.converter = std::make_shared<StepConverter>(shape, std::move(surfaceIds));
     part.mesher = std::make_shared<StepMesher>(std::move(shape));
   }
 

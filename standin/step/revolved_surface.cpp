@@ -4,16 +4,12 @@
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Convert_CircleToBSplineCurve.hxx>
-#include <GeomConvert.hxx>
-#include <Geom_BSplineCurve.hxx>
 #include <Geom_ConicalSurface.hxx>
 #include <Geom_CylindricalSurface.hxx>
-#include <Geom_Line.hxx>
 #include <Geom_RectangularTrimmedSurface.hxx>
 #include <Geom_SphericalSurface.hxx>
 #include <Geom_SurfaceOfRevolution.hxx>
 #include <Geom_ToroidalSurface.hxx>
-#include <Geom_TrimmedCurve.hxx>
 #include <TColStd_Array1OfInteger.hxx>
 #include <TColStd_Array1OfReal.hxx>
 #include <TColStd_Array2OfReal.hxx>
@@ -25,8 +21,9 @@
 #include <algorithm>
 #include <cmath>
 #include <gp_Circ2d.hxx>
-#include <limits>
 #include <vector>
+
+#include "standin/step/spline_curves.h"
 
 namespace standin {
 
@@ -34,16 +31,8 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-// A rational B-spline in a plane or in space: poles (not multiplied by the weights), weights, knots.
-struct Spline {
-  int degree = 0;
-  std::vector<gp_Pnt> poles;
-  std::vector<double> weights;
-  std::vector<double> knots;
-  std::vector<int> multiplicities;
-};
-
-// A surface's position: the origin on the axis and the directions in which its angle and its axis count.
+// A surface's position: the origin on the axis and the directions in which its angle and its axis count. Of a
+// left-handed one the angle runs the other way about the axis.
 struct Frame {
   gp_XYZ origin, x, y, axis;
 
@@ -56,73 +45,46 @@ struct Frame {
   explicit Frame(const gp_Ax1& turned) : Frame(gp_Ax3(turned.Location(), turned.Direction())) {}
 };
 
-struct Range {
-  double first, last;
-};
+Point pointFrom(const gp_XYZ& xyz) { return {xyz.X(), xyz.Y(), xyz.Z()}; }
 
-// The arc of the unit circle over a range of angles, in pieces short enough for the parameter to be the angle.
-Spline unitArc(const Range& range) {
-  const int pieces = std::max(1, static_cast<int>(std::ceil((range.last - range.first) / (kPi / 4.0) - 1e-9)));
-  const gp_Circ2d circle(gp_Ax22d(gp_Pnt2d(0.0, 0.0), gp_Dir2d(1.0, 0.0), gp_Dir2d(0.0, 1.0)), 1.0);
-  Spline arc;
-  for (int piece = 0; piece < pieces; ++piece) {
-    const double step = (range.last - range.first) / pieces;
-    const double from = range.first + step * piece;
-    const double to = piece + 1 == pieces ? range.last : range.first + step * (piece + 1);
-    // About angle 0, then turned: the conversion wants its angles within one turn.
-    const Convert_CircleToBSplineCurve part(circle, 0.0, to - from, Convert_QuasiAngular);
-    arc.degree = part.Degree();
-    const double c = std::cos(from);
-    const double s = std::sin(from);
-    for (int i = piece == 0 ? 1 : 2; i <= part.NbPoles(); ++i) {
-      const gp_Pnt2d pole = part.Pole(i);
-      arc.poles.emplace_back(c * pole.X() - s * pole.Y(), s * pole.X() + c * pole.Y(), 0.0);
-      arc.weights.push_back(part.Weight(i));
-    }
-    if (piece == 0) {
-      arc.knots.push_back(from);
-      arc.multiplicities.push_back(arc.degree + 1);
-    }
-    arc.knots.push_back(to);
-    arc.multiplicities.push_back(piece + 1 == pieces ? arc.degree + 1 : arc.degree);
-  }
-  return arc;
-}
-
-Spline fromCurve(const Handle(Geom_Curve) & curve, const Range& range) {
-  const Handle(Geom_BSplineCurve) bspline =
-      GeomConvert::CurveToBSplineCurve(new Geom_TrimmedCurve(curve, range.first, range.last), Convert_QuasiAngular);
-  if (bspline->IsPeriodic()) bspline->SetNotPeriodic();
-  Spline spline;
-  spline.degree = bspline->Degree();
-  for (int i = 1; i <= bspline->NbPoles(); ++i) {
-    spline.poles.push_back(bspline->Pole(i));
-    spline.weights.push_back(bspline->Weight(i));
-  }
-  for (int i = 1; i <= bspline->NbKnots(); ++i) {
-    spline.knots.push_back(bspline->Knot(i));
-    spline.multiplicities.push_back(bspline->Multiplicity(i));
-  }
-  return spline;
-}
+double weightAt(const SplineCurve& curve, std::size_t i) { return curve.weights.empty() ? 1.0 : curve.weights[i]; }
 
 // The meridian of a sphere or torus: an arc in the plane of x and axis about a centre at `distance` from the axis.
-Spline arcMeridian(const Frame& frame, double distance, double radius, const Range& range) {
-  Spline arc = unitArc(range);
-  for (gp_Pnt& pole : arc.poles) {
-    pole = gp_Pnt(frame.origin + frame.x * (distance + radius * pole.X()) + frame.axis * (radius * pole.Y()));
+SplineCurve arcMeridian(const Frame& frame, double distance, double radius, const ParameterRange& range) {
+  SplineCurve arc = angularArc(range);
+  for (Point& pole : arc.poles) {
+    pole = pointFrom(frame.origin + frame.x * (distance + radius * pole[0]) + frame.axis * (radius * pole[1]));
   }
   return arc;
 }
 
-Spline lineMeridian(const gp_XYZ& from, const gp_XYZ& direction, const Range& range) {
-  Spline line;
-  line.degree = 1;
-  line.poles = {gp_Pnt(from + direction * range.first), gp_Pnt(from + direction * range.last)};
-  line.weights = {1.0, 1.0};
-  line.knots = {range.first, range.last};
-  line.multiplicities = {2, 2};
-  return line;
+SplineCurve lineMeridian(const gp_XYZ& from, const gp_XYZ& direction, const ParameterRange& range) {
+  return lineSpline(pointFrom(from + direction * range.first), pointFrom(from + direction * range.last), range);
+}
+
+// Every pole of the meridian runs along the arc's poles.
+ExactSurface revolve(const Frame& frame, const SplineCurve& meridian, const ParameterRange& angles) {
+  const SplineCurve arc = angularArc(angles);
+  ExactSurface surface;
+  surface.uDegree = arc.degree;
+  surface.vDegree = meridian.degree;
+  surface.uKnots = arc.knots;
+  surface.vKnots = meridian.knots;
+  surface.poles.reserve(arc.poles.size() * meridian.poles.size());
+  surface.weights.reserve(arc.poles.size() * meridian.poles.size());
+  for (std::size_t i = 0; i < arc.poles.size(); ++i) {
+    const Point& turn = arc.poles[i];
+    for (std::size_t j = 0; j < meridian.poles.size(); ++j) {
+      const Point& pole = meridian.poles[j];
+      const gp_XYZ offset = gp_XYZ(pole[0], pole[1], pole[2]) - frame.origin;
+      const double px = offset.Dot(frame.x);
+      const double py = offset.Dot(frame.y);
+      const gp_XYZ turned = frame.x * (turn[0] * px - turn[1] * py) + frame.y * (turn[1] * px + turn[0] * py);
+      surface.poles.push_back(pointFrom(frame.origin + turned + frame.axis * offset.Dot(frame.axis)));
+      surface.weights.push_back(weightAt(arc, i) * weightAt(meridian, j));
+    }
+  }
+  return surface;
 }
 
 template <typename Array, typename Value>
@@ -132,39 +94,100 @@ Array arrayOf(const std::vector<Value>& values) {
   return array;
 }
 
-// Every pole of the meridian runs along the arc's poles.
-Handle(Geom_BSplineSurface) revolve(const Frame& frame, const Spline& meridian, const Range& angles) {
-  const Spline arc = unitArc(angles);
-  const int rows = static_cast<int>(arc.poles.size());
-  const int columns = static_cast<int>(meridian.poles.size());
-  TColgp_Array2OfPnt poles(1, rows, 1, columns);
-  TColStd_Array2OfReal weights(1, rows, 1, columns);
-  for (int j = 1; j <= columns; ++j) {
-    const gp_XYZ offset = meridian.poles[static_cast<std::size_t>(j - 1)].XYZ() - frame.origin;
-    const double px = offset.Dot(frame.x);
-    const double py = offset.Dot(frame.y);
-    const double height = offset.Dot(frame.axis);
-    for (int i = 1; i <= rows; ++i) {
-      const gp_Pnt& turn = arc.poles[static_cast<std::size_t>(i - 1)];
-      const gp_XYZ turned = frame.x * (turn.X() * px - turn.Y() * py) + frame.y * (turn.Y() * px + turn.X() * py);
-      poles.SetValue(i, j, gp_Pnt(frame.origin + turned + frame.axis * height));
-      weights.SetValue(
-          i, j, arc.weights[static_cast<std::size_t>(i - 1)] * meridian.weights[static_cast<std::size_t>(j - 1)]);
+struct CountedKnots {
+  std::vector<double> knots;
+  std::vector<int> multiplicities;
+
+  explicit CountedKnots(const std::vector<double>& flat) {
+    for (const double knot : flat) {
+      if (knots.empty() || knot != knots.back()) {
+        knots.push_back(knot);
+        multiplicities.push_back(0);
+      }
+      ++multiplicities.back();
     }
   }
-  return new Geom_BSplineSurface(
-      poles, weights, arrayOf<TColStd_Array1OfReal>(arc.knots), arrayOf<TColStd_Array1OfReal>(meridian.knots),
-      arrayOf<TColStd_Array1OfInteger>(arc.multiplicities), arrayOf<TColStd_Array1OfInteger>(meridian.multiplicities),
-      arc.degree, meridian.degree);
+};
+
+Handle(Geom_BSplineSurface) kernelSurface(const ExactSurface& surface) {
+  const int columns = static_cast<int>(surface.vKnots.size()) - surface.vDegree - 1;
+  const int rows = static_cast<int>(surface.uKnots.size()) - surface.uDegree - 1;
+  TColgp_Array2OfPnt poles(1, rows, 1, columns);
+  TColStd_Array2OfReal weights(1, rows, 1, columns);
+  for (int i = 0; i < rows; ++i) {
+    for (int j = 0; j < columns; ++j) {
+      const auto at = static_cast<std::size_t>(i * columns + j);
+      poles.SetValue(i + 1, j + 1, gp_Pnt(surface.poles[at][0], surface.poles[at][1], surface.poles[at][2]));
+      weights.SetValue(i + 1, j + 1, surface.weights[at]);
+    }
+  }
+  const CountedKnots u(surface.uKnots);
+  const CountedKnots v(surface.vKnots);
+  return new Geom_BSplineSurface(poles, weights, arrayOf<TColStd_Array1OfReal>(u.knots),
+                                 arrayOf<TColStd_Array1OfReal>(v.knots),
+                                 arrayOf<TColStd_Array1OfInteger>(u.multiplicities),
+                                 arrayOf<TColStd_Array1OfInteger>(v.multiplicities), surface.uDegree, surface.vDegree);
 }
 
-// A little more than the face needs, within what the surface has.
-Range widened(double first, double last, double low, double high) {
+ParameterRange widened(double first, double last) {
   const double margin = 0.02 * (last - first);
-  return {std::max(first - margin, low), std::min(last + margin, high)};
+  return {first - margin, last + margin};
 }
 
 }  // namespace
+
+SplineCurve angularArc(const ParameterRange& angles) {
+  const int pieces = std::max(1, static_cast<int>(std::ceil(angles.width() / (kPi / 4.0) - 1e-9)));
+  const double step = angles.width() / pieces;
+  const gp_Circ2d circle(gp_Ax22d(gp_Pnt2d(0.0, 0.0), gp_Dir2d(1.0, 0.0), gp_Dir2d(0.0, 1.0)), 1.0);
+  // About angle 0, then turned: the conversion wants its angles within one turn.
+  const Convert_CircleToBSplineCurve part(circle, 0.0, step, Convert_QuasiAngular);
+  SplineCurve arc;
+  arc.degree = part.Degree();
+  const auto order = static_cast<std::size_t>(arc.degree) + 1;
+  arc.knots.assign(order, angles.first);
+  for (int piece = 0; piece < pieces; ++piece) {
+    const bool isLast = piece + 1 == pieces;
+    const double from = angles.first + step * piece;
+    const double c = std::cos(from);
+    const double s = std::sin(from);
+    for (int i = piece == 0 ? 1 : 2; i <= part.NbPoles(); ++i) {
+      const gp_Pnt2d pole = part.Pole(i);
+      arc.poles.push_back({c * pole.X() - s * pole.Y(), s * pole.X() + c * pole.Y(), 0.0});
+      arc.weights.push_back(part.Weight(i));
+    }
+    arc.knots.insert(arc.knots.end(), isLast ? order : order - 1,
+                     isLast ? angles.last : angles.first + step * (piece + 1));
+  }
+  return arc;
+}
+
+std::optional<ExactSurface> revolvedSpline(const Handle(Geom_Surface) & surface, const ParameterBox& box) {
+  if (const auto cylinder = Handle(Geom_CylindricalSurface)::DownCast(surface)) {
+    const Frame frame(cylinder->Position());
+    return revolve(frame, lineMeridian(frame.origin + frame.x * cylinder->Radius(), frame.axis, box.v), box.u);
+  }
+  if (const auto cone = Handle(Geom_ConicalSurface)::DownCast(surface)) {
+    const Frame frame(cone->Position());
+    const double angle = cone->SemiAngle();
+    const gp_XYZ direction = frame.x * std::sin(angle) + frame.axis * std::cos(angle);
+    return revolve(frame, lineMeridian(frame.origin + frame.x * cone->RefRadius(), direction, box.v), box.u);
+  }
+  if (const auto sphere = Handle(Geom_SphericalSurface)::DownCast(surface)) {
+    const Frame frame(sphere->Position());
+    const ParameterRange latitude{std::max(box.v.first, -kPi / 2.0), std::min(box.v.last, kPi / 2.0)};
+    return revolve(frame, arcMeridian(frame, 0.0, sphere->Radius(), latitude), box.u);
+  }
+  if (const auto torus = Handle(Geom_ToroidalSurface)::DownCast(surface)) {
+    const Frame frame(torus->Position());
+    return revolve(frame, arcMeridian(frame, torus->MajorRadius(), torus->MinorRadius(), box.v), box.u);
+  }
+  if (const auto revolution = Handle(Geom_SurfaceOfRevolution)::DownCast(surface)) {
+    const std::optional<SplineCurve> meridian = spaceCurve(revolution->BasisCurve(), box.v);
+    if (meridian) return revolve(Frame(revolution->Axis()), *meridian, box.u);
+  }
+  return std::nullopt;
+}
 
 Handle(Geom_BSplineSurface) revolvedBSpline(const TopoDS_Face& face) {
   TopLoc_Location location;
@@ -176,35 +199,12 @@ Handle(Geom_BSplineSurface) revolvedBSpline(const TopoDS_Face& face) {
   double vLast = 0.0;
   BRepTools::UVBounds(face, uFirst, uLast, vFirst, vLast);
   if (!(uLast > uFirst) || !(vLast > vFirst) || uLast - uFirst > 1e4) return {};
-  constexpr double kFar = std::numeric_limits<double>::max();
-  const Range u = widened(uFirst, uLast, -kFar, kFar);
-  const Range v = widened(vFirst, vLast, -kFar, kFar);
-  if (const auto cylinder = Handle(Geom_CylindricalSurface)::DownCast(surface)) {
-    const Frame frame(cylinder->Position());
-    return revolve(frame, lineMeridian(frame.origin + frame.x * cylinder->Radius(), frame.axis, v), u);
-  }
-  if (const auto cone = Handle(Geom_ConicalSurface)::DownCast(surface)) {
-    const Frame frame(cone->Position());
-    const double angle = cone->SemiAngle();
-    const gp_XYZ direction = frame.x * std::sin(angle) + frame.axis * std::cos(angle);
-    return revolve(frame, lineMeridian(frame.origin + frame.x * cone->RefRadius(), direction, v), u);
-  }
-  if (const auto sphere = Handle(Geom_SphericalSurface)::DownCast(surface)) {
-    const Frame frame(sphere->Position());
-    const Range latitude = widened(vFirst, vLast, -kPi / 2.0, kPi / 2.0);
-    return revolve(frame, arcMeridian(frame, 0.0, sphere->Radius(), latitude), u);
-  }
-  if (const auto torus = Handle(Geom_ToroidalSurface)::DownCast(surface)) {
-    const Frame frame(torus->Position());
-    return revolve(frame, arcMeridian(frame, torus->MajorRadius(), torus->MinorRadius(), v), u);
-  }
+  ParameterBox box{widened(uFirst, uLast), widened(vFirst, vLast)};
   if (const auto revolution = Handle(Geom_SurfaceOfRevolution)::DownCast(surface)) {
-    const Handle(Geom_Curve) basis = revolution->BasisCurve();
-    const bool bounded = !basis->IsPeriodic();
-    const Range own = bounded ? widened(vFirst, vLast, basis->FirstParameter(), basis->LastParameter()) : v;
-    return revolve(Frame(revolution->Axis()), fromCurve(basis, own), u);
+    box.v = withinCurve(revolution->BasisCurve(), box.v);
   }
-  return {};
+  const std::optional<ExactSurface> made = revolvedSpline(surface, box);
+  return made ? kernelSurface(*made) : Handle(Geom_BSplineSurface)();
 }
 
 TopoDS_Face faceOnSurface(const TopoDS_Face& face, const Handle(Geom_Surface) & surface) {
