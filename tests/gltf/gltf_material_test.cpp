@@ -23,7 +23,7 @@ std::string bmpPicture() {
 }
 
 std::string jpegPicture() {
-  const std::vector<std::uint8_t> grey(8 * 8 * 3, 90);
+  const std::vector<std::uint8_t> grey(std::size_t{8} * 8 * 3, 90);
   std::string bytes;
   const auto append = [](void* context, void* data, int size) {
     static_cast<std::string*>(context)->append(static_cast<const char*>(data), static_cast<std::size_t>(size));

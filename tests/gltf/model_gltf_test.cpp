@@ -45,8 +45,10 @@ constexpr double kChordFactor = 0.000162;  // of a part's diagonal, at the defau
 constexpr double kMesherShare = 0.5;       // what the session asks of Open CASCADE to stay within a chord height
 constexpr double kMetresPerMillimetre = 0.001;
 
+const char* const kSample = RENDARA_SOURCE_DIR "/samples/twin_compressor.step";
+
 const char* const kModels[] = {
-    RENDARA_SOURCE_DIR "/samples/twin_compressor.step",
+    kSample,
     "as1_pe_203.stp",
     "as1-oc-214.stp",
     "dm1-id-214.stp",

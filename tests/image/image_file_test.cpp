@@ -33,7 +33,8 @@ std::string bmpFile(std::int32_t width, std::int32_t height) {
   };
   number(70, 4), number(0, 4), number(54, 4);
   number(40, 4), number(static_cast<std::uint32_t>(width), 4), number(static_cast<std::uint32_t>(height), 4);
-  number(1, 2), number(24, 2), number(0, 4), number(16, 4), number(0, 16);
+  number(1, 2), number(24, 2), number(0, 4), number(16, 4);
+  bytes.append(16, '\0');
   // Rows from the bottom, blue first, each of a multiple of four bytes.
   for (const std::uint32_t pixel : {0x0000ffU, 0xc86432U}) number(pixel, 3);
   number(0, 2);
@@ -49,7 +50,7 @@ std::string gifFile() {
 }
 
 std::string jpegFile() {
-  const std::vector<std::uint8_t> grey(16 * 16 * 3, 130);
+  const std::vector<std::uint8_t> grey(std::size_t{16} * 16 * 3, 130);
   std::string bytes;
   const auto append = [](void* context, void* data, int size) {
     static_cast<std::string*>(context)->append(static_cast<const char*>(data), static_cast<std::size_t>(size));
