@@ -23,9 +23,7 @@ namespace standin {
 
 namespace {
 
-// Shares of a surface's range of parameters: ends of curves that are no farther apart meet; up to the second they are
-// moved together, farther ones are looked at.
-constexpr double kMeetingEnds = 1e-7;
+// Of a surface's range of parameters: ends of curves that are no farther apart are moved together.
 constexpr double kMovedEnds = 1e-6;
 // Shares of a face's area: what straight pieces in the gaps of its contours may add, and what a contour with gaps may
 // be off by before it says nothing.
@@ -54,28 +52,26 @@ void place(ExactSurface& surface, const TopLoc_Location& location, double unit) 
 // Closes the contours: with straight pieces, unless these change the area by more than they may and moved ends do
 // better.
 void closeLoops(const TopoDS_Face& face, double unit, ConvertedFace& converted, const ParameterBox& box) {
-  if (widestGap(converted.loops, box) <= kMeetingEnds) return;
+  if (widestGap(converted.loops, box) <= kMovedEnds) return joinEnds(converted.loops, box, 0.0);
   FaceLoops bridged = converted.loops;
   bridgeGaps(bridged, box, kMovedEnds);
-  joinEnds(bridged, box, kMeetingEnds);
-  if (widestGap(converted.loops, box) > kMovedEnds) {
-    GProp_GProps properties;
-    BRepGProp::SurfaceProperties(face.Oriented(TopAbs_FORWARD), properties, kAreaTolerance);
-    const double exact = std::abs(properties.Mass()) / (unit * unit);
-    const auto error = [&](const FaceLoops& loops) {
-      return std::abs(trimmedArea(converted.surface, trimsOf(loops)) - exact);
-    };
-    double best = error(bridged);
-    if (best > kBridgedArea * exact) {
-      FaceLoops moved = converted.loops;
-      joinEnds(moved, box, kMeetingEnds);
-      if (const double other = error(moved); other < best) {
-        best = other;
-        bridged = std::move(moved);
-      }
+  joinEnds(bridged, box, 0.0);
+  GProp_GProps properties;
+  BRepGProp::SurfaceProperties(face.Oriented(TopAbs_FORWARD), properties, kAreaTolerance);
+  const double exact = std::abs(properties.Mass()) / (unit * unit);
+  const auto error = [&](const FaceLoops& loops) {
+    return std::abs(trimmedArea(converted.surface, trimsOf(loops)) - exact);
+  };
+  double best = error(bridged);
+  if (best > kBridgedArea * exact) {
+    FaceLoops moved = converted.loops;
+    joinEnds(moved, box, 0.0);
+    if (const double other = error(moved); other < best) {
+      best = other;
+      bridged = std::move(moved);
     }
-    if (!(best <= kUsableArea * exact)) throw std::runtime_error("the contours do not close");
   }
+  if (!(best <= kUsableArea * exact)) throw std::runtime_error("the contours do not close");
   converted.loops = std::move(bridged);
 }
 
@@ -91,6 +87,7 @@ ConvertedFace convertFace(const TopoDS_Face& face, double unit) {
   converted.surface = std::move(*spline);
   place(converted.surface, location, unit);
   closeLoops(face, unit, converted, box);
+  bendLines(converted.loops, box);
   return converted;
 }
 

@@ -16,6 +16,9 @@ constexpr std::array<double, 5> kShares = {0.118463442528095, 0.239314335249683,
                                            0.118463442528095};
 // Pieces of a trimming curve for each of its spans, at most.
 constexpr int kMostPieces = 64;
+// Spans are cut finer and finer until the area changes by no more than this share, so many times at most.
+constexpr double kSettled = 1e-4;
+constexpr int kRefinements = 5;
 
 template <typename Function>
 double integrate(double from, double to, const Function& function) {
@@ -73,15 +76,20 @@ std::size_t spansOf(const std::vector<double>& knots) { return knotsBetween(knot
 // change of the outer parameter. The inner parameter is the one with fewer spans.
 class AreaIntegral {
  public:
-  explicit AreaIntegral(const ExactSurface& surface)
+  AreaIntegral(const ExactSurface& surface, int fineness)
       : surface_(surface),
+        fineness_(fineness),
         inner_(spansOf(surface.uKnots) * static_cast<std::size_t>(surface.uDegree) <=
                        spansOf(surface.vKnots) * static_cast<std::size_t>(surface.vDegree)
                    ? 0U
                    : 1U),
         columns_(surface.vKnots.size() - static_cast<std::size_t>(surface.vDegree) - 1) {
     for (const double knot : knots(inner_)) {
-      if (breaks_.empty() || knot > breaks_.back()) breaks_.push_back(knot);
+      if (breaks_.empty()) breaks_.push_back(knot);
+      const double last = breaks_.back();
+      for (int i = 1; knot > last && i <= fineness_; ++i) {
+        breaks_.push_back(i == fineness_ ? knot : last + (knot - last) * i / fineness_);
+      }
     }
     poles_.resize(knots(inner_).size() - static_cast<std::size_t>(degree(inner_)) - 1);
   }
@@ -95,8 +103,8 @@ class AreaIntegral {
     if ((*least)[outer] == (*most)[outer]) return 0.0;
     const std::size_t crossed = knotsBetween(knots(outer), (*least)[outer], (*most)[outer]);
     const std::size_t spans = spansOf(curve.knots);
-    const int parts =
-        std::clamp(static_cast<int>((2 * crossed + spans - 1) / spans), curve.degree > 1 ? 2 : 1, kMostPieces);
+    const int parts = fineness_ * std::clamp(static_cast<int>((2 * crossed + spans - 1) / spans),
+                                             curve.degree > 1 ? 2 : 1, kMostPieces);
     double sum = 0.0;
     for (std::size_t i = 0; i + 1 < curve.knots.size(); ++i) {
       const double step = (curve.knots[i + 1] - curve.knots[i]) / parts;
@@ -174,6 +182,7 @@ class AreaIntegral {
   }
 
   const ExactSurface& surface_;
+  const int fineness_;
   std::size_t inner_;
   std::size_t columns_;
   std::vector<double> breaks_;
@@ -183,10 +192,16 @@ class AreaIntegral {
 }  // namespace
 
 double trimmedArea(const ExactSurface& surface, const std::vector<TrimPiece>& pieces) {
-  AreaIntegral integral(surface);
-  double sum = 0.0;
-  for (const TrimPiece& piece : pieces) sum += integral.along(piece);
-  return sum;
+  double area = 0.0;
+  for (int i = 0, fineness = 1; i <= kRefinements; ++i, fineness *= 2) {
+    AreaIntegral integral(surface, fineness);
+    double finer = 0.0;
+    for (const TrimPiece& piece : pieces) finer += integral.along(piece);
+    const bool settled = i > 0 && std::abs(finer - area) <= kSettled * std::abs(finer);
+    area = finer;
+    if (settled) break;
+  }
+  return area;
 }
 
 double parameterArea(const std::vector<TrimPiece>& pieces) {

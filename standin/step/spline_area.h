@@ -13,7 +13,7 @@ struct TrimPiece {
   bool against = false;
 };
 
-// Signed: positive for contours that run counter-clockwise. To about 1e-4 for surfaces without wild parametrisation.
+// Signed: positive for contours that run counter-clockwise. To about 1e-4 of it.
 double trimmedArea(const ExactSurface& surface, const std::vector<TrimPiece>& pieces);
 
 // The area that the contours enclose in the parameter plane.
