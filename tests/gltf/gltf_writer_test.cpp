@@ -8,8 +8,8 @@
 #include "tests/gltf/written_package.h"
 #include "tests/support/temporary_folder.h"
 #include "tools/rpk/gltf/binary_data.h"
-#include "tools/rpk/gltf/utf8_text.h"
 #include "tools/rpk/mapped_file.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace {
 

@@ -66,6 +66,12 @@ std::vector<DrawnObject> drawnObjects(const Group& group) {
   return drawn;
 }
 
+const Group* geometryHolder(const Group& group) {
+  if (group.holdsGeometry()) return &group;
+  const Object* reference = group.reference();
+  return reference ? reference->sourceGroup : nullptr;
+}
+
 std::vector<PlacedGroup> placedGroups(const Scene& scene) {
   std::vector<PlacedGroup> placed;
   for (const auto& group : scene.groups) collectPlaced(*group, kIdentity, placed);

@@ -22,6 +22,9 @@ struct DrawnObject {
 // source has a single material; materials are told apart by their names.
 std::vector<DrawnObject> drawnObjects(const Group& group);
 
+// The group whose own geometry is drawn at a group's place: itself, or the one that its reference names; or null.
+const Group* geometryHolder(const Group& group);
+
 // One group with something to draw, and its placement in the scene: model units, row vectors.
 struct PlacedGroup {
   const Group* group = nullptr;

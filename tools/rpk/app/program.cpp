@@ -14,7 +14,9 @@
 #include <vector>
 
 #include "tools/rpk/app/check_command.h"
+#include "tools/rpk/app/diff_command.h"
 #include "tools/rpk/app/gltf_command.h"
+#include "tools/rpk/app/info_command.h"
 #include "tools/rpk/app/picture_command.h"
 #include "tools/terminal/signal_cleanup.h"
 #include "tools/terminal/suggestion.h"
@@ -24,7 +26,9 @@ namespace {
 
 constexpr auto kCommands = std::to_array<AddCommand>({
     addCheckCommand,
+    addDiffCommand,
     addGltfCommand,
+    addInfoCommand,
     addPictureCommand,
 });
 

@@ -9,7 +9,7 @@
 
 #include "tools/rpk/gltf/pose_node.h"
 #include "tools/rpk/gltf/rigid_matrix.h"
-#include "tools/rpk/gltf/utf8_text.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace rpk {
 namespace {

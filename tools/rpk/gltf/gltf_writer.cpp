@@ -19,7 +19,7 @@
 #include "tools/rpk/gltf/mesh_table.h"
 #include "tools/rpk/gltf/pose_node.h"
 #include "tools/rpk/gltf/texture_table.h"
-#include "tools/rpk/gltf/utf8_text.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace rpk {
 namespace {

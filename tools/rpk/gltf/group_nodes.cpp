@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "tools/rpk/gltf/pose_node.h"
-#include "tools/rpk/gltf/utf8_text.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace rpk {
 namespace {

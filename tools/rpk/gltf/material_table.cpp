@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/rpk/gltf/utf8_text.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace rpk {
 namespace {

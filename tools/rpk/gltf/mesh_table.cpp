@@ -7,7 +7,7 @@
 
 #include "tools/rpk/gltf/clean_mesh.h"
 #include "tools/rpk/gltf/gltf_error.h"
-#include "tools/rpk/gltf/utf8_text.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace rpk {
 namespace {

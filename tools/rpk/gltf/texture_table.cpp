@@ -6,9 +6,9 @@
 #include <optional>
 #include <system_error>
 
-#include "tools/rpk/gltf/utf8_text.h"
 #include "tools/rpk/image_file.h"
 #include "tools/rpk/mapped_file.h"
+#include "tools/rpk/utf8_text.h"
 
 namespace rpk {
 namespace {

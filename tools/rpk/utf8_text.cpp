@@ -1,4 +1,4 @@
-#include "tools/rpk/gltf/utf8_text.h"
+#include "tools/rpk/utf8_text.h"
 
 #include <array>
 #include <cstddef>
