@@ -28,7 +28,7 @@ class Damager {
     const std::size_t length = below(below(4) == 0 ? 400 : 12) + 1;
     switch (below(7)) {
       case 0:
-        if (!text.empty()) text[at] = static_cast<char>(text[at] ^ (1U << below(8)));
+        if (!text.empty()) text[at] = static_cast<char>(static_cast<unsigned char>(text[at]) ^ (1U << below(8)));
         break;
       case 1:
         if (!text.empty()) text[at] = static_cast<char>(below(256));
@@ -55,7 +55,7 @@ class Damager {
   void changeCount(std::string& text, std::size_t at) {
     constexpr std::uint32_t kCounts[] = {0, 1, 2, 3, 6, 0x7fffffff, 0x80000000, 0xffffffff, 0x7f800000, 0x7fc00000};
     const std::size_t head = text.find("\x01\x02\x03", at);
-    const std::size_t field = head + 4 + 4 * (below(2) == 0 ? 0 : below(12));
+    const std::size_t field = head + 4 + std::size_t{4} * (below(2) == 0 ? 0 : below(12));
     if (head == std::string::npos || field + 4 > text.size()) return;
     const std::uint32_t count = kCounts[below(std::size(kCounts))];
     for (std::size_t i = 0; i < 4; ++i) text[field + i] = static_cast<char>(count >> (8 * i));

@@ -51,8 +51,9 @@ class PlainStructure : public rpk::PackageVisitor {
 
  private:
   bool meshIsValid() const {
+    const std::size_t count = vertices_.size() / 3;
     const auto inRange = [&](double index) {
-      return index >= 0 && index < static_cast<double>(vertices_.size() / 3) && index == std::floor(index);
+      return index >= 0 && index < static_cast<double>(count) && index == std::floor(index);
     };
     return vertices_.size() % 3 == 0 && triangles_.size() % 3 == 0 &&
            std::all_of(vertices_.begin(), vertices_.end(), [](double value) { return std::isfinite(value); }) &&

@@ -67,6 +67,7 @@ class Checker : public PackageVisitor {
   void parameter(const Parameter& parameter) override;
   void line(const Line& line) override;
   void fault(const Fault& fault) override;
+  void passing(std::uint64_t offset) override { reporter_.passedUntil(offset); }
 
   CheckReport finish(std::size_t readerFaults);
 
@@ -321,7 +322,10 @@ void Checker::closeAnimation(const OpenBlock& open) {
 void Checker::parameter(const Parameter& parameter) {
   if (!inGeometry_) reporter_.passedUntil(parameter.place.offset);
   if (open_.empty()) return;  // the reader has told
-  if (!checkNames(parameter.words, parameter.place)) return;
+  if (!checkNames(parameter.words, parameter.place)) {
+    open_.back().damaged = true;
+    return;
+  }
   if (!parameter.quoted && (parameter.name.starts_with("xX") || parameter.name.starts_with("bX"))) {
     reporter_.report(CheckKind::kBadName, parameter.place, "a name in hexadecimal form with other letters");
     return;

@@ -18,6 +18,7 @@ namespace {
 constexpr std::size_t kMaxWords = 64;     // the longest line of the format has 18
 constexpr std::size_t kMaxPathPart = 64;  // bytes of one block's opening line in a fault's path
 constexpr std::size_t kPackedHeader = 8;  // 01 02 03, tag, 32-bit count
+constexpr std::size_t kPassingStep = 16U << 20;
 constexpr std::string_view kPackedMark = "\x01\x02\x03";
 
 // Lines that are no parameters, by their bare words without "on" and "off".
@@ -383,6 +384,7 @@ void Reader::readArray() {
   ++at_;
   const std::size_t first = at_;
   while (!atEnd()) {
+    if ((at_ - first) % kPassingStep == kPassingStep - 1) visitor_.passing(at_);
     const char c = bytes_[at_];
     if (startsWith(kPackedMark)) {
       if (!readPacked()) leaveDamagedArray();

@@ -132,6 +132,8 @@ class PackageVisitor {
   virtual void parameter(const Parameter&) {}
   virtual void line(const Line&) {}
   virtual void fault(const Fault&) {}
+  // Every now and then within a long array of text: what stands before the offset has been gone through.
+  virtual void passing(std::uint64_t /*offset*/) {}
 };
 
 struct ReadLimits {
