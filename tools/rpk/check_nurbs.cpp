@@ -83,7 +83,7 @@ void checkSurface(const CheckedNurbs& nurbs, CheckReporter& reporter) {
   const auto v = checkDirection({"v", nurbs.vmin, nurbs.vmax, nurbs.vorder, nurbs.vknot}, reporter);
   if (!u || !v || !nurbs.controlPoints.given || !nurbs.controlPoints.usable) return;
   const auto values = static_cast<std::int64_t>(nurbs.controlPoints.count);
-  if (values == *u * *v * 4) return;  // counts of the file's arrays: their product stays far below 2^63
+  if (values % 4 == 0 && values / 4 % *u == 0 && values / 4 / *u == *v) return;  // no product that could overflow
   reporter.report(CheckKind::kControlPointCount, nurbs.controlPoints.place,
                   fmt::format("{} values for {} x {} control points of 4", values, *u, *v));
 }
@@ -101,6 +101,36 @@ struct Curve {
   Point begin;
   Point end;
   bool clamped = true;
+};
+
+// Goes round a loop from one end of its first curve. A loop may run either way and a writer that turns it round may
+// keep the order of its curves, so each curve is joined by the end that is nearer.
+class LoopWalk {
+ public:
+  LoopWalk(const Point& start, const Point& end) : start_(start), end_(end) {}
+
+  void add(const Curve& curve) {
+    const bool backwards = distance(end_, curve.end) < distance(end_, curve.begin);
+    join(backwards ? curve.end : curve.begin);
+    end_ = backwards ? curve.begin : curve.end;
+  }
+  void close() { join(start_); }
+  double widest() const { return widest_; }
+  std::int64_t widestAt() const { return widestAt_; }  // the curve before the gap
+
+ private:
+  void join(const Point& next) {
+    const double gap = distance(end_, next);
+    if (gap > widest_) widestAt_ = curve_;
+    widest_ = std::max(widest_, gap);
+    ++curve_;
+  }
+
+  Point start_;
+  Point end_;
+  std::int64_t curve_ = 0;
+  double widest_ = 0;
+  std::int64_t widestAt_ = 0;
 };
 
 // Goes through the trimming arrays in step: contours, their curves, the knots and control points of these.
@@ -145,28 +175,20 @@ class TrimPass {
 
 void TrimPass::readContour(std::size_t contour, std::int64_t edges) {
   if (edges <= 0) return;
-  Curve first;
-  Curve last;
-  bool clamped = true;
-  double widest = 0;
-  std::int64_t widestAt = 0;
-  const auto join = [&](const Point& end, const Point& begin, std::int64_t edge) {
-    const double width = distance(end, begin);
-    if (width > widest) widestAt = edge;
-    widest = std::max(widest, width);
-  };
-  for (std::int64_t edge = 0; edge < edges; ++edge) {
+  const Curve first = readCurve();
+  bool clamped = first.clamped;
+  LoopWalk forwards(first.begin, first.end);
+  LoopWalk backwards(first.end, first.begin);
+  for (std::int64_t edge = 1; edge < edges; ++edge) {
     const Curve curve = readCurve();
     clamped = clamped && curve.clamped;
-    if (edge == 0) {
-      first = curve;
-    } else {
-      join(last.end, curve.begin, edge - 1);
-    }
-    last = curve;
+    forwards.add(curve);
+    backwards.add(curve);
   }
-  join(last.end, first.begin, edges - 1);
-  if (clamped && widest > gap_) reportGap(contour, widest, widestAt);
+  forwards.close();
+  backwards.close();
+  const LoopWalk& better = backwards.widest() < forwards.widest() ? backwards : forwards;
+  if (clamped && better.widest() > gap_) reportGap(contour, better.widest(), better.widestAt());
 }
 
 void TrimPass::reportGap(std::size_t contour, double widest, std::int64_t edge) {
@@ -227,13 +249,14 @@ bool TrimPass::readKnots(std::int64_t order, std::int64_t count) {
   return leading >= order && trailing >= order;
 }
 
-// The sum of an array's values; nothing when one of them is below the least.
+// The sum of an array's values, far beyond any array's length at most; nothing when one of them is below the least.
 std::optional<std::int64_t> sumOf(const CheckedArray& array, double least) {
+  constexpr std::int64_t kMostSummed = std::int64_t{1} << 56;
   NumberCursor cursor(array.view);
   std::int64_t sum = 0;
   while (const auto value = cursor.next()) {
     if (*value < least) return std::nullopt;
-    sum += static_cast<std::int64_t>(*value);
+    sum = std::min(sum + static_cast<std::int64_t>(*value), kMostSummed);
   }
   return sum;
 }

@@ -7,11 +7,14 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 #include <string>
 
 #include "tools/rpk/app/package_input.h"
 #include "tools/rpk/check.h"
+#include "tools/rpk/exact/exact_check.h"
+#include "tools/rpk/report/display_text.h"
 #include "tools/terminal/progress.h"
 
 namespace rpk {
@@ -22,6 +25,8 @@ struct Options {
   bool json = false;
   bool quiet = false;
   bool strict = false;
+  bool exact = false;
+  double quality = 0.2;
   std::size_t most = CheckLimits().findingsOfOneKind;
 };
 
@@ -47,8 +52,31 @@ void writeText(std::ostream& out, const std::string& file, const CheckReport& re
              counted(report.triangles, "triangle"), counted(report.surfaces, "exact surface"));
 }
 
+void writeExactText(std::ostream& out, const std::string& file, const ExactReport& report) {
+  for (const ExactFinding& finding : report.findings) {
+    fmt::print(out, "{}: {}: fault: {}\n", file, displayText(finding.path), finding.what);
+  }
+  fmt::print(out, "{}: {} of {} sound, {} of {} vertices of meshes on them\n", file, report.sound,
+             counted(report.surfaces, "exact surface"), report.vertices - report.strayVertices, report.vertices);
+}
+
+nlohmann::ordered_json exactJson(const ExactReport& report) {
+  nlohmann::ordered_json json;
+  json["surfaces"] = report.surfaces;
+  json["sound"] = report.sound;
+  json["vertices"] = report.vertices;
+  json["strayVertices"] = report.strayVertices;
+  json["widestStray"] = report.widestStray;
+  json["findings"] = nlohmann::ordered_json::array();
+  for (const ExactFinding& finding : report.findings) {
+    json["findings"].push_back({{"path", finding.path}, {"what", finding.what}});
+  }
+  return json;
+}
+
 // File names need not be text in UTF-8; what is none is replaced.
-void writeJson(std::ostream& out, const std::string& file, const CheckReport& report, bool good) {
+void writeJson(std::ostream& out, const std::string& file, const CheckReport& report,
+               const std::optional<ExactReport>& exact, bool good) {
   nlohmann::ordered_json json;
   json["file"] = file;
   json["good"] = good;
@@ -72,6 +100,7 @@ void writeJson(std::ostream& out, const std::string& file, const CheckReport& re
                                 {"path", finding.path},
                                 {"what", finding.what}});
   }
+  if (exact) json["exact"] = exactJson(*exact);
   out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
@@ -88,11 +117,15 @@ ExitCode check(const Options& options, std::ostream& out) {
     progress.show(fmt::format("Checking {} %", until * 100 / file.bytes().size()));
   });
   progress.end();
-  const bool good = report.count(Severity::kFault) == 0 && (!options.strict || report.count(Severity::kWarning) == 0);
+  std::optional<ExactReport> exact;
+  if (options.exact) exact = checkExact(readScene(file.bytes()), exactTolerance(options.quality));
+  const bool good = report.count(Severity::kFault) == 0 && (!options.strict || report.count(Severity::kWarning) == 0) &&
+                    (!exact || exact->good());
   if (options.json) {
-    writeJson(out, options.file, report, good);
+    writeJson(out, options.file, report, exact, good);
   } else if (!options.quiet) {
     writeText(out, options.file, report);
+    if (exact) writeExactText(out, options.file, *exact);
   }
   return good ? ExitCode::kDone : ExitCode::kFound;
 }
@@ -107,6 +140,11 @@ void addCheckCommand(CLI::App& program, Work& work) {
   command->add_flag("--json", options->json, "Findings and counts as JSON");
   command->add_flag("--quiet", options->quiet, "Nothing but the exit status (and what --json asks for)");
   command->add_flag("--strict", options->strict, "Warnings count as faults");
+  command->add_flag("--exact", options->exact,
+                    "Exact surfaces, too: closed loops, outer loops and holes, areas, meshes that lie on them");
+  command->add_option("--quality", options->quality, "With --exact: the quality that the meshes were made at, 0 to 1")
+      ->check(CLI::Range(0.0, 1.0))
+      ->capture_default_str();
   command->add_option("--most", options->most, "Findings of one kind that are listed; the rest is counted")
       ->capture_default_str();
   command->callback([options, &work] { work = [options](std::ostream& out) { return check(*options, out); }; });
