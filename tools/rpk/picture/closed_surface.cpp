@@ -53,10 +53,10 @@ class Welder {
  public:
   std::uint32_t number(const std::array<float, 3>& point) {
     constexpr float kCells = 1e5F;
+    constexpr long kMiddle = 1L << 20;  // 21 bits for each coordinate
     std::uint64_t key = 0;
     for (const float value : point) {
-      key = key * 0x100000001b3ULL ^ static_cast<std::uint64_t>(std::lround(std::clamp(value, -8.0F, 8.0F) * kCells));
-      key *= 0x9e3779b97f4a7c15ULL;
+      key = key << 21 | static_cast<std::uint64_t>(std::lround(std::clamp(value, -8.0F, 8.0F) * kCells) + kMiddle);
     }
     return numbers_.try_emplace(key, static_cast<std::uint32_t>(numbers_.size())).first->second;
   }
