@@ -77,7 +77,7 @@ void closeLoops(const TopoDS_Face& face, double unit, ConvertedFace& converted, 
 
 ConvertedFace convertFace(const TopoDS_Face& face, double unit) {
   TopLoc_Location location;
-  const Handle(Geom_Surface) surface = BRep_Tool::Surface(face, location);
+  const Handle(Geom_Surface) surface = face.IsNull() ? Handle(Geom_Surface)() : BRep_Tool::Surface(face, location);
   if (surface.IsNull()) throw std::runtime_error("the face has no surface");
   ConvertedFace converted;
   converted.loops = faceLoops(face);
@@ -87,6 +87,7 @@ ConvertedFace convertFace(const TopoDS_Face& face, double unit) {
   converted.surface = std::move(*spline);
   place(converted.surface, location, unit);
   closeLoops(face, unit, converted, box);
+  straighten(converted.loops, box);
   bendLines(converted.loops, box);
   return converted;
 }

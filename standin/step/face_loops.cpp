@@ -13,7 +13,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
+#include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -31,6 +32,7 @@ constexpr int kSamplesPerSpan = 4;
 // How far beside a line its middle pole stands, of the box and at most of the line's own length.
 constexpr double kBend = 1e-9;
 constexpr double kMostBend = 1e-3;
+constexpr double kStraight = 1e-8;
 
 bool bounds(const TopoDS_Edge& edge) {
   return edge.Orientation() == TopAbs_FORWARD || edge.Orientation() == TopAbs_REVERSED;
@@ -51,7 +53,8 @@ std::vector<TopoDS_Edge> edgesOf(const TopoDS_Wire& wire, const TopoDS_Face& fac
   return ordered.size() == all.size() ? ordered : all;
 }
 
-LoopPiece pieceOf(const TopoDS_Edge& edge, const TopoDS_Face& face) {
+// None for an edge of no length at all.
+std::optional<LoopPiece> pieceOf(const TopoDS_Edge& edge, const TopoDS_Face& face) {
   ParameterRange range;
   Handle(Geom2d_Curve) curve = BRep_Tool::CurveOnSurface(edge, face, range.first, range.last);
   if (curve.IsNull()) {
@@ -65,13 +68,13 @@ LoopPiece pieceOf(const TopoDS_Edge& edge, const TopoDS_Face& face) {
     curve = GeomProjLib::Curve2d(inSpace, range.first, range.last, surface);
     if (curve.IsNull()) throw std::runtime_error("an edge has no curve in the parameter plane");
   }
-  if (!(range.width() > 0.0)) throw std::runtime_error("a curve has no length");
+  if (!(range.width() > 0.0)) return std::nullopt;
   std::optional<PlaneCurve> spline = planeCurve(curve, range);
   if (!spline) throw std::runtime_error("a curve in the parameter plane cannot be converted");
   for (const Point& pole : spline->poles) {
     if (!std::isfinite(pole[0]) || !std::isfinite(pole[1])) throw std::runtime_error("a curve is not finite");
   }
-  return {edge, std::move(*spline), edge.Orientation() == TopAbs_REVERSED};
+  return LoopPiece{edge, std::move(*spline), edge.Orientation() == TopAbs_REVERSED};
 }
 
 template <typename Take>
@@ -207,6 +210,21 @@ void orient(FaceLoops& loops) {
   std::stable_partition(loops.begin(), loops.end(), [](const FaceLoop& loop) { return !loop.hole; });
 }
 
+// Whether all poles are near the straight way from the first to the last.
+bool isStraight(const std::vector<Point>& poles, const ParameterBox& box) {
+  const double du = (poles.back()[0] - poles.front()[0]) / box.u.width();
+  const double dv = (poles.back()[1] - poles.front()[1]) / box.v.width();
+  const double length = std::hypot(du, dv);
+  if (!(length > kStraight)) return false;
+  return std::all_of(poles.begin(), poles.end(), [&](const Point& pole) {
+    const double pu = (pole[0] - poles.front()[0]) / box.u.width();
+    const double pv = (pole[1] - poles.front()[1]) / box.v.width();
+    const double along = (pu * du + pv * dv) / length;
+    const double aside = std::abs(pu * dv - pv * du) / length;
+    return aside <= kStraight && along >= -kStraight && along <= length + kStraight;
+  });
+}
+
 // Calls `join` for neighbouring pieces of a loop whose ends are apart; it returns how many pieces it put between.
 template <typename Join>
 void forEachGap(FaceLoops& loops, const ParameterBox& box, double share, const Join& join) {
@@ -227,7 +245,7 @@ FaceLoops faceLoops(const TopoDS_Face& face) {
     if (it.Value().ShapeType() != TopAbs_WIRE) continue;
     FaceLoop loop;
     for (const TopoDS_Edge& edge : edgesOf(TopoDS::Wire(it.Value()), forward)) {
-      loop.pieces.push_back(pieceOf(edge, forward));
+      if (auto piece = pieceOf(edge, forward)) loop.pieces.push_back(std::move(*piece));
     }
     if (!loop.pieces.empty()) loops.push_back(std::move(loop));
   }
@@ -296,6 +314,16 @@ void bridgeGaps(FaceLoops& loops, const ParameterBox& box, double share) {
     pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(i) + 1, std::move(bridge));
     return std::size_t{1};
   });
+}
+
+void straighten(FaceLoops& loops, const ParameterBox& box) {
+  for (FaceLoop& loop : loops) {
+    for (LoopPiece& piece : loop.pieces) {
+      PlaneCurve& curve = piece.curve;
+      if (curve.poles.size() == 2 || !isStraight(curve.poles, box)) continue;
+      curve = lineSpline(curve.poles.front(), curve.poles.back(), domainOf(curve.degree, curve.knots));
+    }
+  }
 }
 
 void bendLines(FaceLoops& loops, const ParameterBox& box) {

@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <new>
 #include <set>
 
+#include "standin/step/exact_part.h"
 #include "standin/step/overlay_json.h"
 #include "standin/step/overlay_target.h"
 #include "standin/step/step_loader.h"
@@ -21,7 +24,7 @@ class Overlay {
 
   void read(const JsonNode& root) {
     root.onlyKeys({"version", "textureFolders", "components", "layers", "representations", "views", "currentView",
-                   "appearances", "quilts"});
+                   "appearances", "quilts", "exactSurfaces"});
     root.at("version").count(1, 1);
     if (const auto node = root.find("textureFolders")) readTextureFolders(*node);
     if (const auto node = root.find("layers")) readLayers(*node);
@@ -31,6 +34,7 @@ class Overlay {
     if (const auto node = root.find("currentView")) readCurrentView(*node);
     if (const auto node = root.find("appearances")) readAppearances(*node);
     if (const auto node = root.find("quilts")) readQuilts(*node);
+    if (const auto node = root.find("exactSurfaces")) readExactSurfaces(*node);
   }
 
   void apply() {
@@ -310,6 +314,18 @@ class Overlay {
       if (const auto backup = node.find("backup")) {
         change(part, [&quilt, on = backup->flag()] { quilt.backup = on; });
       }
+    }
+  }
+
+  void readExactSurfaces(const JsonNode& list) {
+    for (const JsonNode& node : list.elements()) {
+      node.onlyKeys({"part", "foreignIds"});
+      const JsonNode name = node.at("part");
+      Model& part = names_.part(name);
+      const std::size_t every = node.at("foreignIds").count(0, std::max<std::size_t>(part.surfaces.size(), 1));
+      const auto converter = std::dynamic_pointer_cast<StepConverter>(part.converter);
+      if (!converter) name.fail("the part has no exact surfaces");
+      change(part, [converter, every] { converter->setForeignIds(every); });
     }
   }
 

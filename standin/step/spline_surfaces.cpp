@@ -115,7 +115,8 @@ double sizeOver(const Geom_Surface& surface, const ParameterBox& box) {
   double size = 1e-6;
   for (int i = 0; i < 9; ++i) {
     const double u = box.u.first + box.u.width() * (i % 3) / 2.0;
-    const double v = box.v.first + box.v.width() * (i / 3) / 2.0;
+    const int row = i / 3;
+    const double v = box.v.first + box.v.width() * row / 2.0;
     size = std::max(size, corner.Distance(surface.Value(u, v)));
   }
   return size;
@@ -156,8 +157,9 @@ bool isSame(const ExactSurface& made, const Geom_Surface& surface, const Paramet
   ParameterRange u, v;
   surface.Bounds(u.first, u.last, v.first, v.last);
   for (int i = 0; i < 9; ++i) {
+    const int row = i / 3;
     const double atU = box.u.first + box.u.width() * (0.07 + 0.41 * (i % 3));
-    const double atV = box.v.first + box.v.width() * (0.11 + 0.39 * (i / 3));
+    const double atV = box.v.first + box.v.width() * (0.11 + 0.39 * row);
     if (!surface.IsUPeriodic() && !u.holds(atU)) continue;
     if (!surface.IsVPeriodic() && !v.holds(atV)) continue;
     const Point point = pointAt(made, atU, atV);

@@ -193,6 +193,9 @@ TEST_F(OverlayFile, EveryMistakeIsNamedWithItsPlaceAndNothingIsApplied) {
        R"(appearances[0].texture: there is no file "nothing.png")"},
       {R"("appearances": [{"part": "cover", "surface": 0, "color": "#000000"}])",
        "appearances[0].surface: must be from 1 to 7"},
+      {R"("exactSurfaces": [{"part": "cover", "foreignIds": 2}])",
+       "exactSurfaces[0].part: the part has no exact surfaces"},
+      {R"("exactSurfaces": [{"part": "cover", "foreignIds": 8}])", "exactSurfaces[0].foreignIds: must be from 0 to 7"},
       {R"("quilts": [{"part": "cover"}])", R"(quilts[0]: "quilt" is missing)"},
   };
   for (const Complaint& complaint : complaints) {
