@@ -116,7 +116,7 @@ Handle(Geom_BSplineSurface) kernelSurface(const ExactSurface& surface) {
   TColStd_Array2OfReal weights(1, rows, 1, columns);
   for (int i = 0; i < rows; ++i) {
     for (int j = 0; j < columns; ++j) {
-      const auto at = static_cast<std::size_t>(i * columns + j);
+      const auto at = static_cast<std::size_t>(i) * static_cast<std::size_t>(columns) + static_cast<std::size_t>(j);
       poles.SetValue(i + 1, j + 1, gp_Pnt(surface.poles[at][0], surface.poles[at][1], surface.poles[at][2]));
       weights.SetValue(i + 1, j + 1, surface.weights[at]);
     }
