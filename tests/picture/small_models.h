@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -87,8 +88,8 @@ struct Pixel {
 
 // At a place given in shares of the picture's sides, from the upper left corner.
 inline Pixel pixelAt(const Image& image, double across, double down) {
-  const auto x = static_cast<std::uint32_t>(across * (image.width - 1) + 0.5);
-  const auto y = static_cast<std::uint32_t>(down * (image.height - 1) + 0.5);
+  const auto x = static_cast<std::uint32_t>(std::lround(across * (image.width - 1)));
+  const auto y = static_cast<std::uint32_t>(std::lround(down * (image.height - 1)));
   const std::uint8_t* bytes = image.at(x, y);
   return {bytes[0], bytes[1], bytes[2]};
 }

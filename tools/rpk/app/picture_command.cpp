@@ -170,8 +170,8 @@ ExitCode picture(const Options& options, std::ostream& out) {
 void addPictureCommand(CLI::App& program, Work& work) {
   CLI::App* command = program.add_subcommand(
       "picture",
-      "Draws a package: the whole model at rest, in its colours and textures. What is seen from its inner side stands "
-      "out: of a solid striped in red (inside out, or a face is missing), of a sheet darker");
+      "Draws a package: the whole model at rest, in its colours and textures. A closed part whose inner side shows is "
+      "inside out, or has a face that is, and gets red stripes there; an open one is darker on its inner side");
   const auto options = std::make_shared<Options>();
   command->add_option("FILE", options->file, "The package")->required();
   command->add_option("OUT", options->output, "The picture to write, *.png")->required();

@@ -50,10 +50,9 @@ TileDrawer::TileDrawer(const PictureView& view)
       lit_(samples_.size()),
       edge_(samples_.size()) {
   // Points that fill the square of two parameters evenly, dealt out so that neighbours get distant ones.
-  constexpr std::size_t kCount = kPattern * kPattern * kRays;
-  for (std::size_t i = 0; i < kCount; ++i) {
-    const std::size_t n = i * 29 % kCount;
-    const double first = (static_cast<double>(n) + 0.5) / kCount;
+  for (std::size_t i = 0; i < kDirections; ++i) {
+    const std::size_t n = i * 29 % kDirections;
+    const double first = (static_cast<double>(n) + 0.5) / kDirections;
     const double second = std::fmod(static_cast<double>(n) * 0.7548776662466927 + 0.5, 1.0);
     const double third = std::fmod(static_cast<double>(n) * 0.5698402909980532 + 0.5, 1.0);
     const double angle = 2 * std::numbers::pi * second;
@@ -115,7 +114,7 @@ void TileDrawer::traceSample(int x, int y) {
   const auto side = static_cast<float>(view_.sampleSide);
   sample.colour = view_.palette.colour(point, side * side / std::max(sample.faceNormal.z, 0.05F));
   if (sample.inner) {
-    const bool stripe = ((firstX_ + x + firstY_ + y + kApron * 2) / kStripe) % 2 == 0;
+    const bool stripe = ((firstX_ + x + firstY_ + y + std::int64_t{kApron} * 2) / kStripe) % 2 == 0;
     sample.colour = innerColour(sample.colour, point.solid, stripe);
   }
 }

@@ -46,8 +46,9 @@ class TileDrawer {
   static constexpr int kSamples = 3;  // per pixel and direction
   static constexpr int kApron = 4;    // samples around the tile, for what looks at its neighbours
   static constexpr int kWidth = static_cast<int>(kSide) * kSamples + 2 * kApron;
-  static constexpr int kPattern = 6;         // places of samples with ray directions of their own, in each direction
-  static constexpr int kRays = 2;            // for each sample
+  static constexpr int kPattern = 6;  // places of samples with ray directions of their own, in each direction
+  static constexpr int kRays = 2;     // for each sample
+  static constexpr std::size_t kDirections = std::size_t{kPattern} * kPattern * kRays;
   static constexpr float kReach = 0.3F;      // of what hems light in, in radii of the scene
   static constexpr float kOffset = 1.5e-4F;  // of rays from the surface that they leave
 
@@ -61,9 +62,9 @@ class TileDrawer {
     Vec3 colour;
   };
 
-  Sample& at(int x, int y) { return samples_[static_cast<std::size_t>(y * kWidth + x)]; }
-  const Sample& at(int x, int y) const { return samples_[static_cast<std::size_t>(y * kWidth + x)]; }
-  std::size_t index(int x, int y) const { return static_cast<std::size_t>(y * kWidth + x); }
+  static std::size_t index(int x, int y) { return static_cast<std::size_t>(y) * kWidth + static_cast<std::size_t>(x); }
+  Sample& at(int x, int y) { return samples_[index(x, y)]; }
+  const Sample& at(int x, int y) const { return samples_[index(x, y)]; }
 
   bool trace();  // false when there is nothing in the tile
   void traceSample(int x, int y);
@@ -87,8 +88,8 @@ class TileDrawer {
   std::vector<float> wanted_;  // light that would have without anything around
   std::vector<Vec3> lit_;
   std::vector<std::uint8_t> edge_;
-  std::array<Vec3, kPattern * kPattern * kRays> directions_;  // around z
-  std::array<float, kPattern * kPattern * kRays> reaches_;
+  std::array<Vec3, kDirections> directions_;  // around z
+  std::array<float, kDirections> reaches_;
 };
 
 }  // namespace rpk
