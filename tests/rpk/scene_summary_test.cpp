@@ -82,7 +82,7 @@ TEST_F(PumpScene, HasMaterials) {
   EXPECT_EQ(cover[0].material->colour, (rpk::Vector{0.5, 0.5, 0.5}));
   ASSERT_TRUE(cover[1].material);
   EXPECT_EQ(cover[1].material->name, "rotor:red:204:51:26") << "a material that is only referred to";
-  EXPECT_EQ(cover[1].material->surface.type, "");
+  EXPECT_EQ(cover[1].material->surface.type, "vnt_diffuse") << "as it was defined before";
 }
 
 TEST_F(PumpScene, HasExactSurfaces) {
