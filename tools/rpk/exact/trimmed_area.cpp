@@ -19,8 +19,10 @@ constexpr std::array<Node, 5> kNodes = {{{0.046910077030668, 0.118463442528095},
                                          {0.5, 0.284444444444444},
                                          {0.769234655052842, 0.239314335249683},
                                          {0.953089922969332, 0.118463442528095}}};
-// Pieces of a knot span that are integrated on their own.
-constexpr int kPieces = 2;
+// A knot span is integrated in so many pieces, and in twice as many until the area settles.
+constexpr int kFewestPieces = 2;
+constexpr int kMostPieces = 64;
+constexpr double kSettled = 1e-4;
 
 double stretch(const NurbsSurface& surface, double u, double v) {
   const SurfacePoint point = surface.at(u, v);
@@ -38,11 +40,11 @@ std::vector<double> breaks(const std::vector<double>& knots, int degree) {
 }
 
 template <typename Function>
-double integrate(double from, double to, Function function) {
+double integrate(double from, double to, int pieces, Function function) {
   double sum = 0;
-  for (int piece = 0; piece < kPieces; ++piece) {
-    const double start = from + (to - from) * piece / kPieces;
-    const double width = (to - from) / kPieces;
+  for (int piece = 0; piece < pieces; ++piece) {
+    const double start = from + (to - from) * piece / pieces;
+    const double width = (to - from) / pieces;
     for (const Node& node : kNodes) sum += node.weight * width * function(start + width * node.place);
   }
   return sum;
@@ -50,8 +52,8 @@ double integrate(double from, double to, Function function) {
 
 class AreaIntegral {
  public:
-  explicit AreaIntegral(const NurbsSurface& surface)
-      : surface_(surface), uBreaks_(breaks(surface.uKnots, surface.uDegree)) {}
+  AreaIntegral(const NurbsSurface& surface, int pieces)
+      : surface_(surface), pieces_(pieces), uBreaks_(breaks(surface.uKnots, surface.uDegree)) {}
 
   // F(u, v).
   double upTo(double u, double v) const {
@@ -61,7 +63,7 @@ class AreaIntegral {
       const double from = uBreaks_[i];
       const double to = last ? u : std::min(u, uBreaks_[i + 1]);
       if (to <= from && i > 0) break;
-      sum += integrate(from, to, [&](double at) { return stretch(surface_, at, v); });
+      sum += integrate(from, to, pieces_, [&](double at) { return stretch(surface_, at, v); });
     }
     return sum;
   }
@@ -74,7 +76,7 @@ class AreaIntegral {
     for (std::size_t i = 0; i + 1 < knots.size(); ++i) {
       const double from = (knots[i] - curve.first()) / range;
       const double to = (knots[i + 1] - curve.first()) / range;
-      sum += integrate(from, to, [&](double share) { return slope(curve, share) * valueAt(curve, share); });
+      sum += integrate(from, to, pieces_, [&](double share) { return slope(curve, share) * valueAt(curve, share); });
     }
     return piece.backwards ? -sum : sum;
   }
@@ -94,30 +96,40 @@ class AreaIntegral {
   }
 
   const NurbsSurface& surface_;
+  int pieces_;
   std::vector<double> uBreaks_;
 };
 
-double wholeArea(const NurbsSurface& surface) {
-  const AreaIntegral integral(surface);
-  const std::vector<double> vBreaks = breaks(surface.vKnots, surface.vDegree);
-  double sum = 0;
-  for (std::size_t i = 0; i + 1 < vBreaks.size(); ++i) {
-    sum += integrate(vBreaks[i], vBreaks[i + 1], [&](double v) { return integral.upTo(surface.uMax(), v); });
+double areaInPieces(const TrimmedSurface& trimmed, const std::vector<ChainedLoop>& chains, int pieces) {
+  const NurbsSurface& surface = trimmed.surface;
+  const AreaIntegral integral(surface, pieces);
+  double area = 0;
+  if (chains.empty()) {
+    const std::vector<double> vBreaks = breaks(surface.vKnots, surface.vDegree);
+    for (std::size_t i = 0; i + 1 < vBreaks.size(); ++i) {
+      area += integrate(vBreaks[i], vBreaks[i + 1], pieces, [&](double v) { return integral.upTo(surface.uMax(), v); });
+    }
+    return area;
   }
-  return sum;
+  for (std::size_t i = 0; i < chains.size(); ++i) {
+    double around = 0;
+    for (const ChainedLoop::Piece& piece : chains[i].pieces) around += integral.along(piece);
+    area += trimmed.loops[i].inside ? std::abs(around) : -std::abs(around);
+  }
+  return area;
 }
 
 }  // namespace
 
 double trimmedArea(const TrimmedSurface& trimmed) {
-  if (trimmed.loops.empty()) return wholeArea(trimmed.surface);
-  const AreaIntegral integral(trimmed.surface);
-  double area = 0;
-  for (const TrimLoop& loop : trimmed.loops) {
-    const ChainedLoop chain = chainLoop(loop);
-    double around = 0;
-    for (const ChainedLoop::Piece& piece : chain.pieces) around += integral.along(piece);
-    area += loop.inside ? std::abs(around) : -std::abs(around);
+  std::vector<ChainedLoop> chains;
+  for (const TrimLoop& loop : trimmed.loops) chains.push_back(chainLoop(loop));
+  double area = areaInPieces(trimmed, chains, kFewestPieces);
+  for (int pieces = 2 * kFewestPieces; pieces <= kMostPieces; pieces *= 2) {
+    const double finer = areaInPieces(trimmed, chains, pieces);
+    const bool settled = std::abs(finer - area) <= kSettled * std::abs(finer);
+    area = finer;
+    if (settled) break;
   }
   return area;
 }
