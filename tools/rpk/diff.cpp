@@ -13,6 +13,7 @@
 
 #include "tools/rpk/drawn_content.h"
 #include "tools/rpk/drawn_diff.h"
+#include "tools/rpk/report/display_text.h"
 #include "tools/rpk/report/placement_text.h"
 #include "tools/rpk/sibling_match.h"
 
@@ -132,9 +133,9 @@ std::size_t countGroups(const Group& group) {
 std::string contentText(const Group& group, const DrawnCounts& counts) {
   Texts parts;
   const std::size_t groups = countGroups(group);
-  if (groups > 1) parts.push_back(fmt::format("{} groups", groups));
-  if (counts.triangles > 0) parts.push_back(fmt::format("{} triangles", counts.triangles));
-  if (counts.surfaces > 0) parts.push_back(fmt::format("{} exact surfaces", counts.surfaces));
+  if (groups > 1) parts.push_back(counted(groups, "group", "groups"));
+  if (counts.triangles > 0) parts.push_back(counted(counts.triangles, "triangle", "triangles"));
+  if (counts.surfaces > 0) parts.push_back(counted(counts.surfaces, "exact surface", "exact surfaces"));
   return parts.empty() ? "empty" : fmt::format("{}", fmt::join(parts, ", "));
 }
 

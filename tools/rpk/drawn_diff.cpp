@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "tools/rpk/hash_mix.h"
+#include "tools/rpk/report/display_text.h"
 #include "tools/rpk/report/placement_text.h"
 
 namespace rpk {
@@ -88,19 +89,20 @@ std::string materialText(const Material* material) {
 }
 
 std::string countChange(std::string_view what, std::uint64_t before, std::uint64_t after) {
-  return before == after ? fmt::format("{} {}", what, before) : fmt::format("{} {} -> {}", what, before, after);
+  std::string text = fmt::format("{} {}", what, grouped(before));
+  if (before != after) text += " -> " + grouped(after);
+  return text;
 }
 
-// "triangles 2 -> 4, vertices 4 -> 8, exact surfaces 3", or "triangles 2, vertices 4; normals, vertices differ": when
-// the counts differ, the arrays do too.
+// "triangles 2 -> 4, vertices 4 -> 8, exact surfaces 3", or "triangles 2, vertices 4; differs in normals, vertices":
+// when the counts differ, the arrays do too.
 std::string remeshText(const DrawnCounts& before, const DrawnCounts& after, const std::set<std::string>& parts) {
   std::string text = countChange("triangles", before.triangles, after.triangles) + ", " +
                      countChange("vertices", before.vertices, after.vertices);
   if (before.surfaces > 0 || after.surfaces > 0) {
     text += ", " + countChange("exact surfaces", before.surfaces, after.surfaces);
   }
-  if (before == after && !parts.empty())
-    text += fmt::format("; {} differ{}", fmt::join(parts, ", "), parts.size() == 1 ? "s" : "");
+  if (before == after && !parts.empty()) text += fmt::format("; differs in {}", fmt::join(parts, ", "));
   return text;
 }
 

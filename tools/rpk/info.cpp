@@ -121,7 +121,7 @@ std::string_view groupKindName(GroupKind kind) {
 
 std::string groupPath(const Group& group) {
   std::string path = group.name;
-  for (const Group* outer = group.parent; outer; outer = outer->parent) path = outer->name + "/" + path;
+  for (const Group* outer = group.parent; outer; outer = outer->parent) path.insert(0, "/").insert(0, outer->name);
   return path;
 }
 

@@ -1,6 +1,7 @@
 #include "tools/rpk/sibling_match.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstddef>
@@ -13,8 +14,9 @@
 namespace rpk {
 namespace {
 
-// Above, what is left is matched in order.
+// Above, the nearest are looked for among neighbours only.
 constexpr std::size_t kMostPairs = 1'000'000;
+constexpr std::size_t kMostNeighbours = 32;
 
 // Smaller is nearer: other content is worse than any distance, then how far apart, then how much turned.
 using Cost = std::tuple<int, double, double>;
@@ -31,6 +33,52 @@ Bits bitsOf(const Group& group) {
 }
 
 double orGreatest(double value) { return std::isfinite(value) ? value : std::numeric_limits<double>::max(); }
+
+using Cell = std::array<double, 3>;
+
+// Space in cubes of one size.
+class Cells {
+ public:
+  explicit Cells(double size) : size_(size) {}
+
+  Cell of(const Group& group) const {
+    const Matrix placement = group.placement.value_or(kIdentity);
+    Cell cell{};
+    for (std::size_t k = 0; k < 3; ++k) {
+      const double value = std::floor(placement[12 + k] / size_);
+      cell[k] = std::isfinite(value) ? value : 0;
+    }
+    return cell;
+  }
+
+  // The cube itself first, then those that touch it.
+  template <typename Action>
+  static void forEachAround(const Cell& cell, const Action& action) {
+    action(cell);
+    for (const double x : {-1.0, 0.0, 1.0}) {
+      for (const double y : {-1.0, 0.0, 1.0}) {
+        for (const double z : {-1.0, 0.0, 1.0}) {
+          if (x != 0 || y != 0 || z != 0) action(Cell{cell[0] + x, cell[1] + y, cell[2] + z});
+        }
+      }
+    }
+  }
+
+ private:
+  double size_;
+};
+
+// Twice the largest coordinate of a placement, as far as they are numbers.
+double roomOf(const std::vector<const Group*>& groups) {
+  double room = 0;
+  for (const Group* group : groups) {
+    const Matrix placement = group->placement.value_or(kIdentity);
+    for (std::size_t k = 12; k < 15; ++k) {
+      if (std::isfinite(placement[k])) room = std::max(room, 2 * std::abs(placement[k]));
+    }
+  }
+  return std::isfinite(room) ? room : 0;
+}
 
 class Matcher {
  public:
@@ -104,16 +152,52 @@ class Matcher {
   using Assignment = std::vector<std::pair<std::size_t, std::size_t>>;
 
   void matchNearest() {
+    if (tooMany(freeFirst(), freeSecond())) matchNearby();
     const std::vector<std::size_t> left = freeFirst();
     const std::vector<std::size_t> right = freeSecond();
     if (left.empty() || right.empty()) return;
     Assignment best = inOrder(left, right);
-    if (left.size() <= kMostPairs / right.size()) {
+    if (!tooMany(left, right)) {
       Assignment near = nearest(left, right);
       // A row of siblings that moved together stays in order.
       if (left.size() != right.size() || total(near) < total(best)) best = std::move(near);
     }
     for (const auto& [i, j] : best) take(i, j);
+  }
+
+  static bool tooMany(const std::vector<std::size_t>& left, const std::vector<std::size_t>& right) {
+    return !right.empty() && left.size() > kMostPairs / right.size();
+  }
+
+  // Only what stands in the same or the next cube is compared: small cubes first, then larger ones for what is left.
+  void matchNearby() {
+    constexpr double kSmallest = 1.0 / 32768;
+    const double room = roomOf(first_);
+    for (double share = kSmallest; room > 0 && share <= 1 && tooMany(freeFirst(), freeSecond()); share *= 8) {
+      matchWithin(Cells(room * share));
+    }
+  }
+
+  void matchWithin(const Cells& cells) {
+    std::map<Cell, std::vector<std::size_t>> there;
+    for (const std::size_t j : freeSecond()) there[cells.of(*second_[j])].push_back(j);
+    std::vector<std::tuple<Cost, std::size_t, std::size_t>> all;
+    for (const std::size_t i : freeFirst()) {
+      std::size_t left = kMostNeighbours;
+      Cells::forEachAround(cells.of(*first_[i]), [&](const Cell& cell) {
+        const auto found = there.find(cell);
+        if (found == there.end()) return;
+        for (const std::size_t j : found->second) {
+          if (left == 0) return;
+          all.emplace_back(cost(i, j), i, j);
+          --left;
+        }
+      });
+    }
+    std::sort(all.begin(), all.end());
+    for (const auto& [unused, i, j] : all) {
+      if (!partner_[i] && !taken_[j]) take(i, j);
+    }
   }
 
   static Assignment inOrder(const std::vector<std::size_t>& left, const std::vector<std::size_t>& right) {

@@ -146,7 +146,7 @@ std::string colourText(const Vector& colour) {
   for (const double part : colour) {
     // Not a number counts as 0.
     const double limited = part > 0 ? std::min(part, 1.0) : 0;
-    text += fmt::format("{:02x}", static_cast<int>(limited * 255 + 0.5));
+    text += fmt::format("{:02x}", std::lround(limited * 255));
   }
   return text;
 }
