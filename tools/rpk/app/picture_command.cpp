@@ -33,6 +33,7 @@ struct Options {
   std::string camera = "iso";
   std::string size = "1600x1000";
   bool edges = false;
+  bool exact = false;
 };
 
 void warn(const Options& options, const std::string& what) {
@@ -114,11 +115,13 @@ std::shared_ptr<const Image> loadTexture(const std::string& path, const Options&
 }
 
 PictureScene buildScene(const Scene& scene, const Options& options) {
-  PictureScene built(pictureModel(scene, [&options](const std::string& path) { return loadTexture(path, options); }));
+  const auto source = options.exact ? PictureSource::kExactSurfaces : PictureSource::kMeshes;
+  PictureScene built(pictureModel(
+      scene, [&options](const std::string& path) { return loadTexture(path, options); }, source));
   if (built.empty()) {
-    throw Failure(ExitCode::kOutput, fmt::format("{}: there is nothing to draw: no triangle of a mesh that could be "
-                                                 "read stands in the scene",
-                                                 options.file));
+    throw Failure(ExitCode::kOutput, fmt::format("{}: there is nothing to draw: no {} that could be read stands in the "
+                                                 "scene",
+                                                 options.file, options.exact ? "exact surface" : "triangle of a mesh"));
   }
   if (built.leftOut() > 0) {
     warn(options,
@@ -182,6 +185,7 @@ void addPictureCommand(CLI::App& program, Work& work) {
       ->capture_default_str();
   command->add_option("--size", options->size, "Pixels, as WxH")->capture_default_str();
   command->add_flag("--edges", options->edges, "Lines along outlines, sharp edges and borders of materials");
+  command->add_flag("--exact", options->exact, "From the exact surfaces and their trims in the place of the meshes");
   command->callback([options, &work] { work = [options](std::ostream& out) { return picture(*options, out); }; });
 }
 

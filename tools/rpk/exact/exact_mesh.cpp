@@ -179,7 +179,7 @@ class StripMesher {
 
   // Su x Sv, not normalised.
   Vector normalAt(const Parameter2& uv) const {
-    const SurfacePoint point = surface_.at(uv[0], uv[1]);
+    const NurbsPoint point = surface_.at(uv[0], uv[1]);
     const Vector& a = point.du;
     const Vector& b = point.dv;
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};

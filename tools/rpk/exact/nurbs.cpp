@@ -172,7 +172,7 @@ Parameter2 NurbsCurve::at(double t) const {
   return {u / weight, v / weight};
 }
 
-SurfacePoint NurbsSurface::at(double u, double v) const {
+NurbsPoint NurbsSurface::at(double u, double v) const {
   const Basis along = basisAt(uKnots, uDegree, u);
   const Basis across = basisAt(vKnots, vDegree, v);
   // Weighted sums of the positions (and of the weights, last), and of their derivatives.
@@ -195,7 +195,7 @@ SurfacePoint NurbsSurface::at(double u, double v) const {
       }
     }
   }
-  SurfacePoint result{};
+  NurbsPoint result{};
   for (std::size_t k = 0; k < 3; ++k) {
     result.position[k] = sum[k] / sum[3];
     result.du[k] = (sumU[k] - result.position[k] * sumU[3]) / sum[3];

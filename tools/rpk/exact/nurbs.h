@@ -25,7 +25,7 @@ struct NurbsCurve {
   Parameter2 at(double t) const;
 };
 
-struct SurfacePoint {
+struct NurbsPoint {
   Vector position;
   Vector du, dv;  // derivatives
 };
@@ -42,7 +42,7 @@ struct NurbsSurface {
   double uMax() const { return uKnots[uKnots.size() - static_cast<std::size_t>(uDegree) - 1]; }
   double vMin() const { return vKnots[static_cast<std::size_t>(vDegree)]; }
   double vMax() const { return vKnots[vKnots.size() - static_cast<std::size_t>(vDegree) - 1]; }
-  SurfacePoint at(double u, double v) const;
+  NurbsPoint at(double u, double v) const;
 };
 
 struct TrimLoop {

@@ -25,7 +25,7 @@ constexpr int kMostPieces = 64;
 constexpr double kSettled = 1e-4;
 
 double stretch(const NurbsSurface& surface, double u, double v) {
-  const SurfacePoint point = surface.at(u, v);
+  const NurbsPoint point = surface.at(u, v);
   const Vector& a = point.du;
   const Vector& b = point.dv;
   return std::hypot(a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]);

@@ -1,8 +1,14 @@
 #include "tools/rpk/picture/picture_model.h"
 
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <tuple>
+
+#include "tools/rpk/exact/exact_mesh.h"
 
 namespace rpk {
 namespace {
@@ -14,15 +20,47 @@ bool repeats(const Material& material) {
   return wrap == texture->values.end() || wrap->second != "off";
 }
 
+// The largest side of the box around the control points of some surfaces, which the surfaces lie in.
+double sizeOf(const std::vector<std::optional<TrimmedSurface>>& surfaces) {
+  double size = 0;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (const auto& trimmed : surfaces) {
+      if (!trimmed) continue;
+      for (const auto& point : trimmed->surface.points) {
+        low = std::min(low, point[axis]);
+        high = std::max(high, point[axis]);
+      }
+    }
+    if (low < high) size = std::max(size, high - low);
+  }
+  return size;
+}
+
+// A surface that cannot be read gives an empty mesh, so that the meshes stay in step with the materials.
+void addExact(const std::vector<DrawnObject>& drawn, PicturePart& part) {
+  constexpr double kChord = 1.0 / 2000;
+  part.twoSided = true;
+  std::vector<std::optional<TrimmedSurface>> surfaces;
+  surfaces.reserve(drawn.size());
+  for (const DrawnObject& entry : drawn) surfaces.push_back(readTrimmedSurface(*entry.object));
+  const double chord = kChord * sizeOf(surfaces);
+  for (const auto& trimmed : surfaces) {
+    part.meshes.push_back(trimmed ? exactMesh(*trimmed, chord) : TriangleMesh{});
+  }
+}
+
 // Gathers the distinct materials and parts of a scene while its placements are gone through.
 class Collector {
  public:
-  explicit Collector(const TextureLoader& loader) : loader_(loader) {}
+  Collector(const TextureLoader& loader, PictureSource source)
+      : loader_(loader), exact_(source == PictureSource::kExactSurfaces) {}
 
   void add(const PlacedGroup& placed) {
     std::vector<DrawnObject> meshes;
     for (const DrawnObject& drawn : drawnObjects(*placed.group)) {
-      if (drawn.object->geometryType == "triangles") meshes.push_back(drawn);
+      if (drawn.object->geometryType == (exact_ ? "nurbs" : "triangles")) meshes.push_back(drawn);
     }
     if (meshes.empty()) return;
     PictureInstance instance;
@@ -40,7 +78,11 @@ class Collector {
     const auto [entry, added] = parts_.try_emplace(meshes.front().object, model_.parts.size());
     if (!added) return entry->second;
     PicturePart& part = model_.parts.emplace_back();
-    for (const DrawnObject& mesh : meshes) part.meshes.push_back(copyMesh(mesh.object->mesh));
+    if (exact_) {
+      addExact(meshes, part);
+    } else {
+      for (const DrawnObject& mesh : meshes) part.meshes.push_back(copyMesh(mesh.object->mesh));
+    }
     return entry->second;
   }
 
@@ -63,6 +105,7 @@ class Collector {
   }
 
   const TextureLoader& loader_;
+  bool exact_;
   PictureModel model_;
   std::map<const Object*, std::size_t> parts_;
   std::map<std::tuple<std::string, Vector, std::string, bool>, std::size_t> materials_;
@@ -71,8 +114,8 @@ class Collector {
 
 }  // namespace
 
-PictureModel pictureModel(const Scene& scene, const TextureLoader& loader) {
-  Collector collector(loader);
+PictureModel pictureModel(const Scene& scene, const TextureLoader& loader, PictureSource source) {
+  Collector collector(loader, source);
   for (const PlacedGroup& placed : placedGroups(scene)) collector.add(placed);
   return collector.take();
 }

@@ -27,6 +27,7 @@ struct PictureMaterial {
 // the material; without them the outside is where the corners of a triangle run counter-clockwise.
 struct PicturePart {
   std::vector<TriangleMesh> meshes;
+  bool twoSided = false;  // nothing tells the outside: both sides look alike
 };
 
 struct PictureInstance {
@@ -44,8 +45,13 @@ struct PictureModel {
 // The image of a texture that the package names, or null.
 using TextureLoader = std::function<std::shared_ptr<const Image>(const std::string& path)>;
 
-// All meshes of a package at rest. Exact surfaces are left out: they stand beside the mesh of the same face. The loader
-// is called once for each path; without one textures are left out.
-PictureModel pictureModel(const Scene& scene, const TextureLoader& loader = {});
+// Either stands for the same faces.
+enum class PictureSource { kMeshes, kExactSurfaces };
+
+// All meshes of a package at rest, or triangles of its exact surfaces, made from control points and trims alone, whose
+// chords are about a two-thousandth of the part's size. An exact surface does not tell which side is outside; its
+// texture coordinates are its parameters. The loader is called once for each path; without one textures are left out.
+PictureModel pictureModel(const Scene& scene, const TextureLoader& loader = {},
+                          PictureSource source = PictureSource::kMeshes);
 
 }  // namespace rpk

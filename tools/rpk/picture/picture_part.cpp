@@ -128,7 +128,8 @@ PreparedPart preparePart(const PicturePart& part) {
     if (largest > 0) prepared.scale = largest;
   }
   for (const TriangleMesh& mesh : part.meshes) prepared.meshes.push_back(prepareMesh(mesh, prepared));
-  prepared.solid = isSolid(prepared);
+  prepared.twoSided = part.twoSided;
+  prepared.solid = !part.twoSided && isSolid(prepared);
   return prepared;
 }
 

@@ -31,6 +31,7 @@ struct PreparedPart {
   Vector centre = {0, 0, 0};
   double scale = 1;
   bool solid = false;
+  bool twoSided = false;
   std::size_t leftOut = 0;  // triangles with indices or coordinates that are not usable
   std::size_t triangleCount() const;
 };

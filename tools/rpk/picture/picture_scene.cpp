@@ -302,6 +302,7 @@ void PictureScene::Rays::describe(const RTCRayHit& hit, SurfacePoint& point) con
   point.material = hit.hit.geomID < materials.size() ? materials[hit.hit.geomID] : kNoMaterial;
   if (point.material >= model.materials.size()) point.material = kNoMaterial;
   point.solid = entry.part->solid;
+  point.twoSided = entry.part->twoSided;
   if (mesh.uvs.empty()) return;
   std::array<std::array<float, 2>, 3> uv;
   for (std::size_t i = 0; i < 3; ++i) {

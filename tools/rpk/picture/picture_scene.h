@@ -25,6 +25,7 @@ struct SurfacePoint {
   std::size_t instance = 0;
   std::size_t material = 0;  // of the model, or kNoMaterial
   bool solid = false;        // the part encloses a volume: its inside should not be seen
+  bool twoSided = false;     // the vectors point to either side
   float u = 0;
   float v = 0;
   float textureScale = 0;  // area in u and v over area in space; 0 without texture coordinates

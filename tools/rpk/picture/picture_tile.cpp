@@ -102,8 +102,9 @@ void TileDrawer::traceSample(int x, int y) {
   sample.position = {start.x, start.y, start.z - point.distance};
   sample.faceNormal = view_.toViewer(point.faceNormal);
   sample.normal = view_.toViewer(point.normal);
-  sample.inner = sample.faceNormal.z < 0;
-  if (sample.inner) {
+  const bool away = sample.faceNormal.z < 0;
+  sample.inner = away && !point.twoSided;
+  if (away) {
     sample.faceNormal = -sample.faceNormal;
     sample.normal = -sample.normal;
   }
