@@ -7,6 +7,7 @@ foreach(file text/rendara_msg.txt resource/rd_export.png samples/twin_compressor
     message(FATAL_ERROR "${data}/${file} was not installed")
   endif()
 endforeach()
+execute_process(COMMAND ${FOLDER}/bin/rpk --version OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND ${FOLDER}/bin/creo-standin export ${data}/samples/twin_compressor.step ${FOLDER}/sample.rpk
   OUTPUT_VARIABLE summary COMMAND_ERROR_IS_FATAL ANY)
 if(NOT summary MATCHES "occurrences +43")
