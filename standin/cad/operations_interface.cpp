@@ -76,8 +76,8 @@ class SurfaceRecords {
   Element* arrayOf(const std::vector<Element>& values) {
     if (values.empty()) return nullptr;
     constexpr std::size_t kSize = sizeof(Element);  // NOLINT(bugprone-sizeof-expression): it may be a handle
-    auto* array = static_cast<Element*>(
-        allocations_.addArray(name_, kSize, values.size(), false, AllocationKind::ownedArray));
+    auto* array =
+        static_cast<Element*>(allocations_.addArray(name_, kSize, values.size(), false, AllocationKind::ownedArray));
     std::copy(values.begin(), values.end(), array);
     arrays_.push_back(array);
     return array;
