@@ -1,4 +1,5 @@
-// The plug-in's own time against Open CASCADE's binary glTF writer, and how it grows with the size of an assembly.
+// The plug-in's own time against Open CASCADE's binary glTF writer, what exact surfaces cost, and how the time grows
+// with the size of an assembly.
 #include <benchmark/benchmark.h>
 
 #include <BRep_Tool.hxx>
@@ -6,6 +7,7 @@
 #include <Message_Messenger.hxx>
 #include <Message_ProgressRange.hxx>
 #include <RWGltf_CafWriter.hxx>
+#include <STEPCAFControl_Writer.hxx>
 #include <TColStd_IndexedDataMapOfStringString.hxx>
 #include <algorithm>
 #include <chrono>
@@ -40,11 +42,11 @@ double exportSeconds(Session& session, const std::filesystem::path& package) {
   return seconds(session.clock.plugin - before);
 }
 
-// Settings that make the package hold what a glTF file holds: meshes and materials.
-void writeSettings() {
+// Without exact surfaces a package holds what a glTF file holds: meshes and materials.
+void writeSettings(bool exactSurfaces = false) {
   rendara::testing::writeFile("rendara_plugin_settings.xml",
-                              "<?xml version=\"1.0\" ?><rendara_plugin_settings><includeNURBS>false</includeNURBS>"
-                              "</rendara_plugin_settings>");
+                              std::string("<?xml version=\"1.0\" ?><rendara_plugin_settings><includeNURBS>") +
+                                  (exactSurfaces ? "true" : "false") + "</includeNURBS></rendara_plugin_settings>");
 }
 
 // Hands out what another mesher makes, and notes the chord height that the plug-in asks for.
@@ -143,6 +145,71 @@ void exportAgainstGltf(benchmark::State& state, const std::filesystem::path& mod
   state.counters["rpk_bytes"] = static_cast<double>(std::filesystem::file_size(folder.path() / "model.rpk"));
   state.counters["glb_bytes"] = static_cast<double>(std::filesystem::file_size(folder.path() / "model.glb"));
   plugin.unload(session);
+}
+
+double stepSeconds(const Handle(TDocStd_Document) & document, const std::filesystem::path& file) {
+  STEPCAFControl_Writer writer;
+  const auto start = Clock::now();
+  writer.Transfer(document);
+  writer.Write(file.c_str());
+  return seconds(Clock::now() - start);
+}
+
+struct ExportCost {
+  double plugin = 0.0;
+  double whole = 0.0;  // with the session's work: tessellation and conversion
+  double bytes = 0.0;
+};
+
+// Exports by a plug-in that is started anew, since it reads its settings then.
+ExportCost exportWith(Session& session, bool exactSurfaces, const std::filesystem::path& package) {
+  writeSettings(exactSurfaces);
+  standin::PluginHost plugin(RENDARA_LIB_DIR "/librendara_creo.so");
+  plugin.load();
+  for (const auto& model : session.models()) {
+    if (model->mesher) model->mesher->forget();
+    if (model->converter) model->converter->forget();
+  }
+  const auto total = [&] { return session.clock.plugin + session.clock.session + session.clock.tessellation; };
+  const auto before = total();
+  ExportCost cost;
+  cost.plugin = exportSeconds(session, package);
+  cost.whole = seconds(total() - before);
+  cost.bytes = static_cast<double>(std::filesystem::file_size(package));
+  plugin.unload(session);
+  return cost;
+}
+
+// What exact surfaces cost, and the plug-in's own part of it against Open CASCADE writing the same shapes as STEP.
+void exactSurfaceCost(benchmark::State& state, const std::filesystem::path& model) {
+  const WorkingFolder folder;
+  Session session;
+  session.guardArrays = false;
+  standin::StepFile file;
+  const std::string error = readStepFile(model, {}, file);
+  if (!error.empty()) {
+    state.SkipWithError(error.c_str());
+    return;
+  }
+  const standin::LoadResult loaded = buildModels(session, file, L"model");
+  session.current = loaded.model;
+  session.mode = loaded.model->type == PRO_MDL_ASSEMBLY ? PRO_MODE_ASSEMBLY : PRO_MODE_PART;
+  exportWith(session, true, folder.path() / "warm.rpk");
+  Message::DefaultMessenger()->ChangePrinters().Clear();
+  double own = 0.0;
+  double step = 0.0;
+  ExportCost with;
+  ExportCost without;
+  for (auto _ : state) {
+    without = exportWith(session, false, folder.path() / "without.rpk");
+    with = exportWith(session, true, folder.path() / "with.rpk");
+    state.SetIterationTime(with.whole);
+    own += with.plugin - without.plugin;
+    step += stepSeconds(file.document, folder.path() / "model.step");
+  }
+  state.counters["share_of_step"] = own / step;
+  state.counters["times_as_long"] = with.whole / without.whole;
+  state.counters["times_as_large"] = with.bytes / without.bytes;
 }
 
 // The same square for every surface.
@@ -269,6 +336,10 @@ int main(int argc, char** argv) {
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond)
         ->Iterations(20);
+    benchmark::RegisterBenchmark(("exact_surfaces/" + model.stem().string()).c_str(), exactSurfaceCost, model)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(5);
   }
   benchmark::RegisterBenchmark("generated_assembly", generatedAssembly)
       ->Arg(1000)

@@ -65,8 +65,8 @@ struct Dialog {
 // runs is the plug-in's own.
 struct RunClock {
   using Duration = std::chrono::steady_clock::duration;
-  Duration session{};  // inside operations other than tessellation
-  Duration tessellation{};
+  Duration session{};       // inside operations other than those below
+  Duration tessellation{};  // and the conversion to exact surfaces
   Duration plugin{};
 };
 

@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "standin/step/face_loops.h"
+#include "standin/step/part_shape.h"
 #include "standin/step/spline_area.h"
 #include "standin/step/spline_surfaces.h"
 

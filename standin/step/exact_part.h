@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "standin/cad/model.h"
-#include "standin/step/part_shape.h"
 
 namespace standin {
+
+struct PartShape;
 
 // Converts at the first request and keeps the result until forget(). The parameters of the surfaces are those that the
 // part's meshes have. A face that cannot be converted is left out, with the reason.

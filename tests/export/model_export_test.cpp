@@ -15,17 +15,20 @@
 #include "standin/app/plugin_host.h"
 #include "standin/cad/session.h"
 #include "standin/step/exact_measure.h"
+#include "standin/step/exact_part.h"
 #include "standin/step/step_loader.h"
 #include "tests/support/temporary_folder.h"
 #include "tools/rpk/check.h"
 #include "tools/rpk/exact/exact_check.h"
 #include "tools/rpk/exact/trimmed_area.h"
+#include "tools/rpk/package_counts.h"
 #include "tools/rpk/scene_summary.h"
 
 namespace {
 
 using rendara::testing::readFile;
 using rendara::testing::WorkingFolder;
+using rendara::testing::writeFile;
 using rpk::Vector;
 using standin::Model;
 
@@ -338,11 +341,35 @@ TEST_P(ModelExport, PackageMeasuresWhatTheModelMeasures) {
   EXPECT_TRUE(exportPackage() == bytes) << "a second export of the session differs";
 }
 
-INSTANTIATE_TEST_SUITE_P(Models, ModelExport, ::testing::ValuesIn(kModels), [](const auto& model) {
+// Records whose ids no surface has are found by their contours: none is lost, and with the exact surfaces switched off
+// they make no difference.
+class ForeignRecords : public ModelExport {};
+
+TEST_P(ForeignRecords, AreFoundByTheirContours) {
+  for (const auto& model : session.models()) {
+    if (auto* converter = dynamic_cast<standin::StepConverter*>(model->converter.get())) {
+      converter->setForeignIds(3);
+    }
+  }
+  const std::string foreign = exportPackage();
+  EXPECT_EQ(rpk::checkPackage(foreign).count(rpk::Severity::kFault), 0U);
+  EXPECT_EQ(rpk::countPackage(foreign).nurbsObjects, rpk::countPackage(bytes).nurbsObjects);
+  plugin.unload(session);
+  writeFile("rendara_plugin_settings.xml", "<settings><includeNURBS>false</includeNURBS></settings>");
+  const std::string plain = exportPackage();
+  EXPECT_EQ(rpk::countPackage(plain).nurbsObjects, 0U);
+  EXPECT_EQ(rpk::countPackage(plain).triangles, rpk::countPackage(bytes).triangles);
+}
+
+std::string caseName(const ::testing::TestParamInfo<ModelCase>& model) {
   std::string name = std::filesystem::path(model.param.file).stem().string();
   std::replace_if(
       name.begin(), name.end(), [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
   return name;
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(Models, ModelExport, ::testing::ValuesIn(kModels), caseName);
+INSTANTIATE_TEST_SUITE_P(Models, ForeignRecords,
+                         ::testing::Values(kModels[1], kModels[4], kModels[5], kModels[7], kModels[16]), caseName);
 
 }  // namespace

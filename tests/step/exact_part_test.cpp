@@ -1,6 +1,8 @@
 // Exact surfaces: of faces made for the purpose, and of every model at hand.
 #include "standin/step/exact_part.h"
 
+#include "standin/step/part_shape.h"
+
 #include <gtest/gtest.h>
 #include <BRepLib.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
