@@ -75,7 +75,7 @@ Work parse(int argumentCount, const char* const* arguments) {
   Work work;
   for (const AddCommand add : kCommands) add(app, work);
   for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) command->allow_extras();
-  const auto text = [](std::string what) {
+  const auto text = [](const std::string& what) {
     return [what](std::ostream& out) {
       out << what << '\n';
       return ExitCode::kDone;
