@@ -29,6 +29,19 @@ void ExactSurfaceBuffers::clear() {
   }
 }
 
+void ExactSurfaceBuffers::setSurfacePoints(const double (*points)[3], const double* weights, std::size_t uCount,
+                                           std::size_t vCount) {
+  surfacePoints.clear();
+  surfacePoints.reserve(4 * uCount * vCount);
+  for (std::size_t j = 0; j < vCount; ++j) {
+    for (std::size_t i = 0; i < uCount; ++i) {
+      const std::size_t at = i * vCount + j;
+      const double weight = weights != nullptr ? weights[at] : 1.0;
+      surfacePoints.insert(surfacePoints.end(), {points[at][0], points[at][1], points[at][2], weight});
+    }
+  }
+}
+
 void ExactSurfaceBuffers::appendTrim(const std::vector<TrimCurve>& curves, int traversal) {
   trimEdgeCounts.push_back(0);
   for (const TrimCurve& curve : curves) {

@@ -1,6 +1,7 @@
 // The trims of one exact surface on their way to the scene, and its control points.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "geometry/trim_curve.h"
@@ -24,6 +25,10 @@ struct ExactSurfaceBuffers {
   std::vector<double> surfacePoints;  // x, y, z, weight of each control point, u running fastest
 
   void clear();
+
+  // Fills surfacePoints from uCount times vCount points among which v runs fastest, as the CAD system holds them;
+  // `weights` are in the same order, or null for 1 each.
+  void setSurfacePoints(const double (*points)[3], const double* weights, std::size_t uCount, std::size_t vCount);
 
   // Appends a trim. A curve that is not readable ends it: neither that curve nor those behind it are written, and the
   // trim gets no entry in trimInside.

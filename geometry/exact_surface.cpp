@@ -58,20 +58,6 @@ bool readSurface(ProSurfacedata* record, SurfaceView& surface) {
   return true;
 }
 
-// The renderer wants u to run fastest.
-void transposePoints(const SurfaceView& surface, std::vector<double>& points) {
-  points.clear();
-  points.reserve(4 * surface.uCount * surface.vCount);
-  for (std::size_t j = 0; j < surface.vCount; ++j) {
-    for (std::size_t i = 0; i < surface.uCount; ++i) {
-      const std::size_t at = i * surface.vCount + j;
-      const ProVector& point = surface.points[at];
-      points.insert(points.end(),
-                    {point[0], point[1], point[2], surface.weights != nullptr ? surface.weights[at] : 1.0});
-    }
-  }
-}
-
 void writeArray(vntScene_api& scene, const char* name, std::span<const double> values) {
   const SceneArray array = {values.data(), static_cast<int>(values.size())};
   scene.parameter(name, arrayOf(kDouble), &array);
@@ -84,7 +70,7 @@ void writeRange(vntScene_api& scene, const char* least, const char* most, std::s
   scene.parameter(most, kDouble, &knots[knots.size() - end - 1]);
 }
 
-void writeSurface(vntScene_api& scene, const SurfaceView& surface, std::vector<double>& points) {
+void writeSurface(vntScene_api& scene, const SurfaceView& surface, ExactSurfaceBuffers& buffers) {
   writeRange(scene, "umin", "umax", surface.uKnots, surface.degree[0]);
   writeRange(scene, "vmin", "vmax", surface.vKnots, surface.degree[1]);
   const int orders[2] = {surface.degree[0] + 1, surface.degree[1] + 1};
@@ -92,8 +78,9 @@ void writeSurface(vntScene_api& scene, const SurfaceView& surface, std::vector<d
   scene.parameter("vorder", kInt, &orders[1]);
   writeArray(scene, "uknot", surface.uKnots);
   writeArray(scene, "vknot", surface.vKnots);
-  transposePoints(surface, points);
-  writeArray(scene, "Pw", points);
+  // The renderer wants u to run fastest.
+  buffers.setSurfacePoints(surface.points, surface.weights, surface.uCount, surface.vCount);
+  writeArray(scene, "Pw", buffers.surfacePoints);
 }
 
 }  // namespace
@@ -102,7 +89,7 @@ void writeExactSurface(vntScene_api& scene, ProSurfacedata* record, ExactSurface
   scene.beginGeometry("nurbs");
   SurfaceView surface;
   if (readSurface(record, surface)) {
-    writeSurface(scene, surface, buffers.surfacePoints);
+    writeSurface(scene, surface, buffers);
   }
   buffers.writeTrims(scene);
   scene.endGeometry();

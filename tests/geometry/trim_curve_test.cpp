@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geometry/exact_buffers.h"
+
 namespace rendara {
 namespace {
 
@@ -102,6 +104,20 @@ TEST(TrimCurve, AReversedContourKeepsTheOrderOfItsCurves) {
   for (std::size_t i = 0; i < contour.size(); ++i) {
     EXPECT_EQ(contour[i].points, reversed(square()[i]).points);
   }
+}
+
+TEST(ExactSurfaceBuffers, PointsAreTurnedSoThatURunsFastest) {
+  // Three by two: the first coordinate counts u, the second v.
+  constexpr double kPoints[6][3] = {{0, 0, 9}, {0, 1, 9}, {1, 0, 9}, {1, 1, 9}, {2, 0, 9}, {2, 1, 9}};
+  constexpr double kWeights[6] = {1, 2, 3, 4, 5, 6};
+  ExactSurfaceBuffers buffers;
+  buffers.setSurfacePoints(kPoints, kWeights, 3, 2);
+  EXPECT_EQ(buffers.surfacePoints, (std::vector<double>{0, 0, 9, 1, 1, 0, 9, 3, 2, 0, 9, 5,  //
+                                                        0, 1, 9, 2, 1, 1, 9, 4, 2, 1, 9, 6}));
+  const double* place = buffers.surfacePoints.data();
+  buffers.setSurfacePoints(kPoints, nullptr, 1, 2);
+  EXPECT_EQ(buffers.surfacePoints, (std::vector<double>{0, 0, 9, 1, 0, 1, 9, 1}));
+  EXPECT_EQ(buffers.surfacePoints.data(), place) << "the capacity stays";
 }
 
 }  // namespace
