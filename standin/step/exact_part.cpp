@@ -88,8 +88,6 @@ ConvertedFace convertFace(const TopoDS_Face& face, double unit) {
   converted.surface = std::move(*spline);
   place(converted.surface, location, unit);
   closeLoops(face, unit, converted, box);
-  straighten(converted.loops, box);
-  bendLines(converted.loops, box);
   return converted;
 }
 

@@ -29,10 +29,6 @@ constexpr double kPoleMargin = 0.02;
 // Of the box: wires whose edges are further apart in the given order are put in order by their ends.
 constexpr double kOrderedGap = 1e-3;
 constexpr int kSamplesPerSpan = 4;
-// How far beside a line its middle pole stands, of the box and at most of the line's own length.
-constexpr double kBend = 1e-9;
-constexpr double kMostBend = 1e-3;
-constexpr double kStraight = 1e-8;
 
 bool bounds(const TopoDS_Edge& edge) {
   return edge.Orientation() == TopAbs_FORWARD || edge.Orientation() == TopAbs_REVERSED;
@@ -210,21 +206,6 @@ void orient(FaceLoops& loops) {
   std::stable_partition(loops.begin(), loops.end(), [](const FaceLoop& loop) { return !loop.hole; });
 }
 
-// Whether all poles are near the straight way from the first to the last.
-bool isStraight(const std::vector<Point>& poles, const ParameterBox& box) {
-  const double du = (poles.back()[0] - poles.front()[0]) / box.u.width();
-  const double dv = (poles.back()[1] - poles.front()[1]) / box.v.width();
-  const double length = std::hypot(du, dv);
-  if (!(length > kStraight)) return false;
-  return std::all_of(poles.begin(), poles.end(), [&](const Point& pole) {
-    const double pu = (pole[0] - poles.front()[0]) / box.u.width();
-    const double pv = (pole[1] - poles.front()[1]) / box.v.width();
-    const double along = (pu * du + pv * dv) / length;
-    const double aside = std::abs(pu * dv - pv * du) / length;
-    return aside <= kStraight && along >= -kStraight && along <= length + kStraight;
-  });
-}
-
 // Calls `join` for neighbouring pieces of a loop whose ends are apart; it returns how many pieces it put between.
 template <typename Join>
 void forEachGap(FaceLoops& loops, const ParameterBox& box, double share, const Join& join) {
@@ -314,35 +295,6 @@ void bridgeGaps(FaceLoops& loops, const ParameterBox& box, double share) {
     pieces.insert(pieces.begin() + static_cast<std::ptrdiff_t>(i) + 1, std::move(bridge));
     return std::size_t{1};
   });
-}
-
-void straighten(FaceLoops& loops, const ParameterBox& box) {
-  for (FaceLoop& loop : loops) {
-    for (LoopPiece& piece : loop.pieces) {
-      PlaneCurve& curve = piece.curve;
-      if (curve.poles.size() == 2 || !isStraight(curve.poles, box)) continue;
-      curve = lineSpline(curve.poles.front(), curve.poles.back(), domainOf(curve.degree, curve.knots));
-    }
-  }
-}
-
-void bendLines(FaceLoops& loops, const ParameterBox& box) {
-  for (FaceLoop& loop : loops) {
-    for (LoopPiece& piece : loop.pieces) {
-      PlaneCurve& curve = piece.curve;
-      if (curve.degree != 1 || curve.poles.size() != 2) continue;
-      const double du = (curve.poles[1][0] - curve.poles[0][0]) / box.u.width();
-      const double dv = (curve.poles[1][1] - curve.poles[0][1]) / box.v.width();
-      const double length = std::hypot(du, dv);
-      if (!(length > 0.0)) continue;
-      // To the right of the curve, where it runs along a loop that is to turn left.
-      const double aside = (loop.hole != piece.against ? -1.0 : 1.0) * std::min(kBend, kMostBend * length) / length;
-      const Point middle = {0.5 * (curve.poles[0][0] + curve.poles[1][0]) + aside * dv * box.u.width(),
-                            0.5 * (curve.poles[0][1] + curve.poles[1][1]) - aside * du * box.v.width(), 0.0};
-      curve.poles.insert(curve.poles.begin() + 1, middle);
-      curve.knots.insert(curve.knots.begin() + 2, 0.5 * (curve.knots.front() + curve.knots.back()));
-    }
-  }
 }
 
 std::vector<TrimPiece> trimsOf(const FaceLoops& loops) {

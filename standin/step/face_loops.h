@@ -40,15 +40,6 @@ double widestGap(const FaceLoops& loops, const ParameterBox& box);
 void joinEnds(FaceLoops& loops, const ParameterBox& box, double share);
 void bridgeGaps(FaceLoops& loops, const ParameterBox& box, double share);
 
-// Makes lines of pieces that differ from one by no more than a hundred-millionth of the box: files have lines with
-// dozens of poles, which turn to and fro.
-void straighten(FaceLoops& loops, const ParameterBox& box);
-
-// Gives each straight piece a pole in its middle, beside the line by a billionth of the box, so that the piece turns
-// the way its loop runs. Readers tell the way of a contour by the turns of its poles, and corners, where the ends of
-// two pieces are one point, do not count as turns.
-void bendLines(FaceLoops& loops, const ParameterBox& box);
-
 // Refers to the loops' curves.
 std::vector<TrimPiece> trimsOf(const FaceLoops& loops);
 
