@@ -106,21 +106,29 @@ double gltfSeconds(const Handle(TDocStd_Document) & document, const std::filesys
   return seconds(Clock::now() - start);
 }
 
+// Opens a model for measurements; false, with the benchmark ended, when it cannot be read.
+bool open(benchmark::State& state, const std::filesystem::path& model, Session& session, standin::StepFile& file) {
+  session.guardArrays = false;
+  const std::string error = readStepFile(model, {}, file);
+  if (!error.empty()) {
+    state.SkipWithError(error.c_str());
+    return false;
+  }
+  const standin::LoadResult loaded = buildModels(session, file, L"model");
+  session.current = loaded.model;
+  session.mode = loaded.model->type == PRO_MDL_ASSEMBLY ? PRO_MODE_ASSEMBLY : PRO_MODE_PART;
+  return true;
+}
+
 // (c) Both write the same triangulations; the time is the plug-in's, tessellation left out.
 void exportAgainstGltf(benchmark::State& state, const std::filesystem::path& model) {
   const WorkingFolder folder;
   writeSettings();
   Session session;
-  session.guardArrays = false;
   standin::StepFile file;
-  const std::string error = readStepFile(model, {}, file);
-  if (!error.empty()) {
-    state.SkipWithError(error.c_str());
+  if (!open(state, model, session, file)) {
     return;
   }
-  const standin::LoadResult loaded = buildModels(session, file, L"model");
-  session.current = loaded.model;
-  session.mode = loaded.model->type == PRO_MDL_ASSEMBLY ? PRO_MODE_ASSEMBLY : PRO_MODE_PART;
   const NotingMeshers meshers = noteChordHeights(session);
   standin::PluginHost plugin(RENDARA_LIB_DIR "/librendara_creo.so");
   plugin.load();
@@ -184,16 +192,10 @@ ExportCost exportWith(Session& session, bool exactSurfaces, const std::filesyste
 void exactSurfaceCost(benchmark::State& state, const std::filesystem::path& model) {
   const WorkingFolder folder;
   Session session;
-  session.guardArrays = false;
   standin::StepFile file;
-  const std::string error = readStepFile(model, {}, file);
-  if (!error.empty()) {
-    state.SkipWithError(error.c_str());
+  if (!open(state, model, session, file)) {
     return;
   }
-  const standin::LoadResult loaded = buildModels(session, file, L"model");
-  session.current = loaded.model;
-  session.mode = loaded.model->type == PRO_MDL_ASSEMBLY ? PRO_MODE_ASSEMBLY : PRO_MODE_PART;
   exportWith(session, true, folder.path() / "warm.rpk");
   Message::DefaultMessenger()->ChangePrinters().Clear();
   double own = 0.0;
