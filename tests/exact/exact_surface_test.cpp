@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/rpk/damage.h"
 #include "tests/rpk/package_text.h"
 #include "tools/rpk/exact/exact_check.h"
 #include "tools/rpk/exact/exact_mesh.h"
@@ -175,6 +176,28 @@ TEST(ExactSurface, MeshesAreHeldAgainstTheSurfacesBesideThem) {
   report = checkExact(readScene(broken), exactTolerance(0.2));
   EXPECT_EQ(report.sound, 0U);
   EXPECT_EQ(report.findings.at(0).path, "plate / plate.prt / surface 0");
+}
+
+// Whatever the arrays hold, it ends, stays finite and within what it was given.
+TEST(ExactSurface, DamagedSurfacesAreReadAsFarAsTheyMakeSense) {
+  const std::string whole = platePackage(rpk_test::packedFloats('f', {0, 0, 10, 0, 10, 8}));
+  std::size_t read = 0;
+  for (std::uint32_t seed = 0; seed < 400; ++seed) {
+    const std::string damaged = rpk_test::Damager(seed).damage(whole);
+    const Scene scene = readScene(damaged);
+    checkExact(scene, exactTolerance(0.2));
+    for (const Group* group : scene.allGroups()) {
+      for (const Object& object : group->objects) {
+        const auto trimmed = readTrimmedSurface(object);
+        if (!trimmed) continue;
+        ++read;
+        for (const float value : exactMesh(*trimmed, 0.01).positions) ASSERT_TRUE(std::isfinite(value)) << seed;
+      }
+    }
+  }
+  EXPECT_GT(read, 50U);
+  const TrimmedSurface far = {plate(), {rectangle(-1e20, -1e20, 1e20, 1e20)}};
+  EXPECT_LT(exactMesh(far, 1e-9).triangleCount(), 1000000U);
 }
 
 TEST(ExactSurface, ToleranceFollowsTheQuality) {

@@ -9,9 +9,10 @@
 namespace rpk {
 namespace {
 
-constexpr int kDeepest = 9;              // halvings of a trimming curve's knot span
-constexpr std::size_t kMostSteps = 256;  // of the surface in one direction
-constexpr double kSame = 1e-9;           // of the domain: corners at one height
+constexpr int kDeepest = 9;                   // halvings of a trimming curve's knot span
+constexpr std::size_t kMostCorners = 100000;  // of a boundary that is still refined
+constexpr std::size_t kMostSteps = 256;       // of the surface in one direction
+constexpr double kSame = 1e-9;                // of the domain: corners at one height
 
 double distance(const Vector& a, const Vector& b) { return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]); }
 
@@ -30,6 +31,7 @@ class StripMesher {
     const double uStep = step(true);
     const double vStep = step(false);
     const std::vector<double> heights = stripHeights(vStep);
+    std::sort(edges_.begin(), edges_.end(), [](const Edge& a, const Edge& b) { return a.low[1] < b.low[1]; });
     for (std::size_t i = 0; i + 1 < heights.size(); ++i) addStrip(heights[i], heights[i + 1], uStep);
     return std::move(mesh_);
   }
@@ -76,7 +78,9 @@ class StripMesher {
     const double quarter = distance(middle(a, positionAt(between)), positionAt(piece.at((from + half) / 2)));
     const double off = std::max(distance(middle(a, b), positionAt(between)), quarter);
     // A closed curve can have its middle between its ends by chance, so the first halvings are made in any case.
-    if (depth >= kDeepest || (off <= chord_ && (depth > 1 || piece.curve->degree == 1))) return;
+    if (depth >= kDeepest || corners_.size() + polygon.size() > kMostCorners ||
+        (off <= chord_ && (depth > 1 || piece.curve->degree == 1)))
+      return;
     refine(piece, from, half, depth + 1, polygon);
     polygon.push_back(between);
     refine(piece, half, to, depth + 1, polygon);
@@ -144,9 +148,9 @@ class StripMesher {
 
   void addStrip(double bottom, double top, double uStep) {
     const double half = (bottom + top) / 2;
-    crossing_.clear();
-    for (const Edge& edge : edges_) {
-      if (edge.low[1] < half && edge.high[1] > half) crossing_.push_back(&edge);
+    std::erase_if(crossing_, [half](const Edge* edge) { return edge->high[1] <= half; });
+    for (; nextEdge_ < edges_.size() && edges_[nextEdge_].low[1] < half; ++nextEdge_) {
+      if (edges_[nextEdge_].high[1] > half) crossing_.push_back(&edges_[nextEdge_]);
     }
     std::sort(crossing_.begin(), crossing_.end(),
               [half](const Edge* a, const Edge* b) { return a->at(half) < b->at(half); });
@@ -209,8 +213,9 @@ class StripMesher {
   std::vector<double> corners_;  // heights of the boundary's corners
   double uLow_ = std::numeric_limits<double>::infinity();
   double uHigh_ = -std::numeric_limits<double>::infinity();
-  std::vector<Edge> edges_;
-  std::vector<const Edge*> crossing_;
+  std::vector<Edge> edges_;            // by their lower ends
+  std::size_t nextEdge_ = 0;           // the first that begins above the strip
+  std::vector<const Edge*> crossing_;  // the strip, from left to right
   TriangleMesh mesh_;
 };
 

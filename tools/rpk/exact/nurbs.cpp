@@ -63,6 +63,10 @@ bool rising(const std::vector<double>& knots) {
          std::is_sorted(knots.begin(), knots.end());
 }
 
+// Numbers that products of a few of them keep finite, and weights that no sum of them makes zero.
+bool usable(double value) { return std::abs(value) < 1e30; }
+bool usableWeight(double weight) { return weight > 1e-30 && weight < 1e30; }
+
 // Whether a spline of an order has the knots for `points` control points and a domain that is not empty.
 bool soundKnots(const std::vector<double>& knots, std::int64_t order, std::int64_t points) {
   if (order < 2 || order > static_cast<std::int64_t>(kMaxOrder) || points < order ||
@@ -105,7 +109,7 @@ bool readSurface(const Object& object, NurbsSurface& surface) {
   }
   surface.points.resize(values.size() / 4);
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (!std::isfinite(values[i])) return false;
+    if (i % 4 == 3 ? !usableWeight(values[i]) : !usable(values[i])) return false;
     surface.points[i / 4][i % 4] = values[i];
   }
   return true;
@@ -133,6 +137,7 @@ bool readCurves(const Object& object, std::vector<NurbsCurve>& curves) {
     curve.knots.assign(begin, begin + static_cast<std::ptrdiff_t>(count));
     if (!soundKnots(curve.knots, orders[i], pointCount)) return false;
     for (std::int64_t j = 0; j < pointCount; ++j, value += 3) {
+      if (!usable(points[value]) || !usable(points[value + 1]) || !usableWeight(points[value + 2])) return false;
       curve.points.push_back({points[value], points[value + 1], points[value + 2]});
     }
     knot += static_cast<std::size_t>(count);
@@ -155,6 +160,12 @@ bool readLoops(const Object& object, std::vector<TrimLoop>& loops) {
   return next == curves.size();
 }
 
+// A little beyond the domain a spline goes on as it ends; farther off it says nothing any more.
+double withinReach(double parameter, double low, double high) {
+  const double margin = 0.05 * (high - low);
+  return std::clamp(parameter, low - margin, high + margin);
+}
+
 }  // namespace
 
 Parameter2 NurbsCurve::at(double t) const {
@@ -173,8 +184,8 @@ Parameter2 NurbsCurve::at(double t) const {
 }
 
 NurbsPoint NurbsSurface::at(double u, double v) const {
-  const Basis along = basisAt(uKnots, uDegree, u);
-  const Basis across = basisAt(vKnots, vDegree, v);
+  const Basis along = basisAt(uKnots, uDegree, withinReach(u, uMin(), uMax()));
+  const Basis across = basisAt(vKnots, vDegree, withinReach(v, vMin(), vMax()));
   // Weighted sums of the positions (and of the weights, last), and of their derivatives.
   std::array<double, 4> sum{};
   std::array<double, 4> sumU{};

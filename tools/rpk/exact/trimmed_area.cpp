@@ -23,6 +23,7 @@ constexpr std::array<Node, 5> kNodes = {{{0.046910077030668, 0.118463442528095},
 constexpr int kFewestPieces = 2;
 constexpr int kMostPieces = 64;
 constexpr double kSettled = 1e-4;
+constexpr double kMostEvaluations = 5e7;
 
 double stretch(const NurbsSurface& surface, double u, double v) {
   const NurbsPoint point = surface.at(u, v);
@@ -100,6 +101,16 @@ class AreaIntegral {
   std::vector<double> uBreaks_;
 };
 
+// How often the surface is evaluated to integrate in single pieces.
+double evaluationsOf(const TrimmedSurface& trimmed) {
+  const auto spans = [](const std::vector<double>& knots) { return static_cast<double>(knots.size()); };
+  double along = trimmed.loops.empty() ? spans(trimmed.surface.vKnots) : 0;
+  for (const TrimLoop& loop : trimmed.loops) {
+    for (const NurbsCurve& curve : loop.curves) along += spans(curve.knots);
+  }
+  return along * spans(trimmed.surface.uKnots) * static_cast<double>(kNodes.size() * kNodes.size());
+}
+
 double areaInPieces(const TrimmedSurface& trimmed, const std::vector<ChainedLoop>& chains, int pieces) {
   const NurbsSurface& surface = trimmed.surface;
   const AreaIntegral integral(surface, pieces);
@@ -124,8 +135,11 @@ double areaInPieces(const TrimmedSurface& trimmed, const std::vector<ChainedLoop
 double trimmedArea(const TrimmedSurface& trimmed) {
   std::vector<ChainedLoop> chains;
   for (const TrimLoop& loop : trimmed.loops) chains.push_back(chainLoop(loop));
+  const double evaluations = evaluationsOf(trimmed);
+  if (evaluations > kMostEvaluations) return areaInPieces(trimmed, chains, 1);
   double area = areaInPieces(trimmed, chains, kFewestPieces);
-  for (int pieces = 2 * kFewestPieces; pieces <= kMostPieces; pieces *= 2) {
+  for (int pieces = 2 * kFewestPieces; pieces <= kMostPieces && evaluations * pieces * pieces <= kMostEvaluations;
+       pieces *= 2) {
     const double finer = areaInPieces(trimmed, chains, pieces);
     const bool settled = std::abs(finer - area) <= kSettled * std::abs(finer);
     area = finer;
