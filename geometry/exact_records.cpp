@@ -4,6 +4,7 @@
 #include <set>
 
 #include "geometry/exact_buffers.h"
+#include "geometry/exact_surface.h"
 
 namespace rendara {
 namespace {
@@ -21,18 +22,6 @@ std::span<Element> arrayView(Element* array) {
     size = 0;
   }
   return {array, static_cast<std::size_t>(size)};
-}
-
-// The identifier of a surface record; none counts as unused.
-int idOf(ProSurfacedata* record) {
-  ProSrftype type = PRO_SRF_NONE;
-  ProUvParam low{};
-  ProUvParam high{};
-  ProSurfaceOrient orient = PRO_SURF_ORIENT_NONE;
-  ProSurfaceshapedata shape{};
-  int id = PRO_VALUE_UNUSED;
-  ProSurfacedataGet(record, &type, low, high, &orient, &shape, &id);
-  return id;
 }
 
 // The edges of each contour of a record.
@@ -293,9 +282,10 @@ void ExactRecords::file(ProSurfacedata* record, const SurfaceCollection& collect
   if (record == nullptr) {
     return;
   }
-  const int id = idOf(record);
-  if (collection.ids.count(id) != 0) {
-    records_[id].push_back(record);
+  SurfaceRecord read;
+  readRecord(record, read);
+  if (collection.ids.count(read.id) != 0) {
+    records_[read.id].push_back(record);
   } else {
     unmatched.push_back(record);
   }

@@ -26,12 +26,7 @@ std::size_t pointCount(int knotCount, int degree) {
 }
 
 bool readSurface(ProSurfacedata* record, SurfaceView& surface) {
-  ProSrftype type = PRO_SRF_NONE;
-  ProUvParam low{};
-  ProUvParam high{};
-  ProSurfaceOrient orient = PRO_SURF_ORIENT_NONE;
-  ProSurfaceshapedata shape{};
-  int id = PRO_VALUE_UNUSED;
+  SurfaceRecord read;
   double* uKnots = nullptr;
   double* vKnots = nullptr;
   double* weights = nullptr;
@@ -39,8 +34,8 @@ bool readSurface(ProSurfacedata* record, SurfaceView& surface) {
   int uKnotCount = 0;
   int vKnotCount = 0;
   int count = 0;
-  if (ProSurfacedataGet(record, &type, low, high, &orient, &shape, &id) != PRO_TK_NO_ERROR ||
-      ProBsplinesrfdataGet(&shape, surface.degree, &uKnots, &vKnots, &weights, &points, &uKnotCount, &vKnotCount,
+  if (!readRecord(record, read) ||
+      ProBsplinesrfdataGet(&read.shape, surface.degree, &uKnots, &vKnots, &weights, &points, &uKnotCount, &vKnotCount,
                            &count) != PRO_TK_NO_ERROR ||
       uKnots == nullptr || vKnots == nullptr || points == nullptr) {
     return false;
@@ -84,6 +79,14 @@ void writeSurface(vntScene_api& scene, const SurfaceView& surface, ExactSurfaceB
 }
 
 }  // namespace
+
+bool readRecord(ProSurfacedata* data, SurfaceRecord& record) {
+  ProSrftype type = PRO_SRF_NONE;
+  ProUvParam low{};
+  ProUvParam high{};
+  ProSurfaceOrient orient = PRO_SURF_ORIENT_NONE;
+  return ProSurfacedataGet(data, &type, low, high, &orient, &record.shape, &record.id) == PRO_TK_NO_ERROR;
+}
 
 void writeExactSurface(vntScene_api& scene, ProSurfacedata* record, ExactSurfaceBuffers& buffers) {
   scene.beginGeometry("nurbs");

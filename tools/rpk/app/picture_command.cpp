@@ -21,6 +21,7 @@
 #include "tools/rpk/app/output_file.h"
 #include "tools/rpk/app/package_input.h"
 #include "tools/rpk/picture/draw_picture.h"
+#include "tools/rpk/texture_file.h"
 #include "tools/terminal/progress.h"
 #include "tools/terminal/suggestion.h"
 
@@ -86,18 +87,6 @@ ViewDirection chooseView(const Scene& scene, const Options& options) {
   }
   refuse(fmt::format("{}: no camera \"{}\"{}; there are {}", options.file, options.camera,
                      terminal::didYouMean(options.camera, names), fmt::join(quoted, ", ")));
-}
-
-// As the package says it, else a file of that name beside the package. Packages come from systems with either kind of
-// slash.
-std::optional<std::string> findTexture(const std::string& path, const std::filesystem::path& folder) {
-  const std::string name = path.substr(path.find_last_of("/\\") + 1);
-  if (name.empty() || path.find('\0') != std::string::npos) return std::nullopt;
-  for (const std::string& candidate : {path, (folder / name).string()}) {
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(candidate, ignored)) return candidate;
-  }
-  return std::nullopt;
 }
 
 std::shared_ptr<const Image> loadTexture(const std::string& path, const Options& options) {

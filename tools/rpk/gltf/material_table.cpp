@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "tools/rpk/texture_file.h"
 #include "tools/rpk/utf8_text.h"
 
 namespace rpk {
@@ -23,18 +24,11 @@ double toLinear(double component) {
 // Six digits, so that the result is the same whatever mathematics library computed it.
 double sixDigits(double value) { return std::round(value * 1e6) / 1e6; }
 
-bool repeats(const Material& material) {
-  const Shader* texture = material.surface.find("diffuse");
-  if (!texture) return true;
-  const auto wrap = texture->values.find("wrap");
-  return wrap == texture->values.end() || wrap->second != "off";
-}
-
 }  // namespace
 
 int MaterialTable::textureOf(const Material* material) {
   if (!material || material->texture.empty()) return -1;
-  return textures_.indexOf(material->texture, repeats(*material));
+  return textures_.indexOf(material->texture, textureRepeats(*material));
 }
 
 bool MaterialTable::hasTexture(const Material* material) { return textureOf(material) >= 0; }

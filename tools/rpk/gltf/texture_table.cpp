@@ -4,32 +4,13 @@
 #include <tiny_gltf.h>
 
 #include <optional>
-#include <system_error>
 
 #include "tools/rpk/image_file.h"
 #include "tools/rpk/mapped_file.h"
+#include "tools/rpk/texture_file.h"
 #include "tools/rpk/utf8_text.h"
 
 namespace rpk {
-namespace {
-
-// Packages come from systems with either kind of slash.
-std::string fileNameOf(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
-
-// The file that a path means, or nothing: the path as it stands, then its name beside the package; both in the bytes of
-// the package and, since file systems mostly have UTF-8, in that form.
-std::optional<std::string> findFile(const std::string& path, const std::filesystem::path& folder) {
-  const std::string name = fileNameOf(path);
-  if (name.empty() || path.find('\0') != std::string::npos) return std::nullopt;
-  for (const std::string& candidate :
-       {path, toUtf8(path), (folder / name).string(), (folder / toUtf8(name)).string()}) {
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(candidate, ignored)) return candidate;
-  }
-  return std::nullopt;
-}
-
-}  // namespace
 
 int TextureTable::indexOf(const std::string& path, bool repeat) {
   const auto known = images_.find(path);
@@ -46,7 +27,7 @@ int TextureTable::indexOf(const std::string& path, bool repeat) {
 }
 
 int TextureTable::imageOf(const std::string& path) {
-  const std::optional<std::string> file = findFile(path, folder_);
+  const std::optional<std::string> file = findTexture(path, folder_);
   if (!file) {
     warnings_.push_back(fmt::format("texture {}: there is no such file; the plain colour stands in", toUtf8(path)));
     return -1;
@@ -66,7 +47,7 @@ int TextureTable::embed(const std::string& path, const std::string& file) {
   }
   const std::optional<ImageKind> kind = imageKind(content->bytes());
   tinygltf::Image embedded;
-  embedded.name = toUtf8(fileNameOf(path));
+  embedded.name = toUtf8(textureName(path));
   embedded.mimeType = kind == ImageKind::kJpeg ? "image/jpeg" : "image/png";
   embedded.bufferView = kind == ImageKind::kPng || kind == ImageKind::kJpeg
                             ? data_.addView(content->bytes(), 0)

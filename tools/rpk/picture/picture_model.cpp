@@ -9,16 +9,10 @@
 #include <tuple>
 
 #include "tools/rpk/exact/exact_mesh.h"
+#include "tools/rpk/texture_file.h"
 
 namespace rpk {
 namespace {
-
-bool repeats(const Material& material) {
-  const Shader* texture = material.surface.find("diffuse");
-  if (!texture) return true;
-  const auto wrap = texture->values.find("wrap");
-  return wrap == texture->values.end() || wrap->second != "off";
-}
 
 // The largest side of the box around the control points of some surfaces, which the surfaces lie in.
 double sizeOf(const std::vector<std::optional<TrimmedSurface>>& surfaces) {
@@ -91,9 +85,9 @@ class Collector {
     const Material none;
     const Material& source = material ? *material : none;
     const Vector colour = source.colour.value_or(PictureMaterial{}.colour);
-    const auto [entry, added] = materials_.try_emplace(std::tuple(source.name, colour, source.texture, repeats(source)),
-                                                       model_.materials.size());
-    if (added) model_.materials.push_back({colour, textureOf(source.texture), repeats(source)});
+    const auto [entry, added] = materials_.try_emplace(
+        std::tuple(source.name, colour, source.texture, textureRepeats(source)), model_.materials.size());
+    if (added) model_.materials.push_back({colour, textureOf(source.texture), textureRepeats(source)});
     return entry->second;
   }
 
