@@ -1,8 +1,12 @@
-// What the renderer that is connected to holds: the version stamp that each component's model had when its geometry
-// was last sent, by the component's full path.
+// What the renderer that is connected to holds: by each component's full path, the version stamp that its model had
+// when its geometry was last sent, and the group that it was sent as.
+//
+// The group counts because a renderer knows groups and no components: when the first of three bolts is suppressed, the
+// two that are left become the first and the second group of that name.
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <unordered_map>
 #include <utility>
 
@@ -23,15 +27,21 @@ class ComponentCache {
     nextOptions_ = options;
   }
 
-  // Whether the renderer holds the component as it is now.
-  bool holds(const ProAsmcomppath& path, const VersionStamp& stamp) const {
-    const auto entry = options_ == nextOptions_ ? sent_.find(path) : sent_.end();
-    return entry != sent_.end() && entry->second && stamp &&
-           ProVerstampEqual(entry->second.get(), stamp.get()) == PRO_B_TRUE;
+  // Whether the renderer holds the component as it is now in that group.
+  bool holds(const ProAsmcomppath& path, const VersionStamp& stamp, const std::string& group) const {
+    const auto found = options_ == nextOptions_ ? sent_.find(path) : sent_.end();
+    if (found == sent_.end()) {
+      return false;
+    }
+    const Entry& entry = found->second;
+    return entry.group == group && entry.stamp && stamp &&
+           ProVerstampEqual(entry.stamp.get(), stamp.get()) == PRO_B_TRUE;
   }
 
   // Notes that after this scene the renderer holds the component.
-  void note(const ProAsmcomppath& path, VersionStamp stamp) { next_[path] = std::move(stamp); }
+  void note(const ProAsmcomppath& path, VersionStamp stamp, std::string group) {
+    next_[path] = {std::move(stamp), std::move(group)};
+  }
 
   // The scene has arrived.
   void finishScene() {
@@ -43,10 +53,14 @@ class ComponentCache {
   void abandonScene() { next_.clear(); }
 
  private:
-  using Stamps = std::unordered_map<ProAsmcomppath, VersionStamp, PathHash, PathEqual>;
+  struct Entry {
+    VersionStamp stamp;
+    std::string group;
+  };
+  using Entries = std::unordered_map<ProAsmcomppath, Entry, PathHash, PathEqual>;
 
-  Stamps sent_;
-  Stamps next_;
+  Entries sent_;
+  Entries next_;
   // While these differ from those of the last scene, every component is changed.
   GeometryOptions options_;
   GeometryOptions nextOptions_;

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "core/at_end.h"
 #include "core/plugin.h"
 #include "core/traversal.h"
 #include "platform/creo_handles.h"
@@ -19,19 +20,6 @@ namespace rendara {
 namespace {
 
 constexpr unsigned kTopGroupFlags = 0x8000;
-
-// Runs what is left when the current scope ends, on every path.
-template <typename Action>
-class AtEnd {
- public:
-  explicit AtEnd(Action action) : action_(std::move(action)) {}
-  ~AtEnd() { action_(); }
-  AtEnd(const AtEnd&) = delete;
-  AtEnd& operator=(const AtEnd&) = delete;
-
- private:
-  Action action_;
-};
 
 float modelMeterScale(ProMdl model) {
   ProUnitsystem system{};
@@ -140,15 +128,10 @@ void RendaraPlugin::sendScene(LinkMode mode, const OpenModel& open) {
   const AtEnd release([this] {
     sceneOutput = {};
     componentCache.abandonScene();
-    if (rendererLink) {
-      rendererLink->release();
-    }
+    rendererLink->release();
   });
   const int portBefore = lastLiveLinkPort;
-  LiveScene live;
-  if (rendererLink) {
-    live = rendererLink->connect(mode, lastLiveLinkPort);
-  }
+  const LiveScene live = rendererLink->connect(mode, lastLiveLinkPort);
   if (live.newInstance || lastLiveLinkPort != portBefore) {
     componentCache.clear();
   }

@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 
+#include "core/live_renderer_link.h"
 #include "scene/appearance_reader.h"
 #include "scene/vntScene_api.h"
 #include "settings/settings_file.h"
@@ -17,7 +18,7 @@ RendaraPlugin*& storedInstance() {
 
 }  // namespace
 
-RendaraPlugin::RendaraPlugin() {
+RendaraPlugin::RendaraPlugin() : rendererLink(std::make_unique<LiveRendererLink>()) {
   loadSettings();
   settings.previousTessellationQuality = settings.tessellationQuality;
 }
@@ -65,23 +66,23 @@ void RendaraPlugin::chooseSelectionMode(SelectionMode mode) {
   setCheckIcons(selectionCommands, manual);
 }
 
-bool RendaraPlugin::exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath,
-                                       const ProAsmcomppath& animationPath, const NarrowText& name,
-                                       const Matrix& placement, bool defineGeometry) {
+WrittenOccurrence RendaraPlugin::exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath,
+                                                    const ProAsmcomppath& animationPath, const NarrowText& name,
+                                                    const Matrix& placement, bool defineGeometry) {
   const PartOccurrence occurrence{part, appearancePath, name.text.c_str(), placement.data(), defineGeometry};
-  const auto firstMaterial =
+  WrittenOccurrence written =
       rendara::exportPartGeometry(*sceneOutput.scene, occurrence, geometryOptions(), {meshBuffers, exactBuffers},
                                   [&] { writeComponentAnimation(animationPath, name.text.c_str()); });
   // Two names that lost characters can be equal without meaning the same part.
-  if (firstMaterial && name.exact) {
-    writtenNames.try_emplace(name.text, *firstMaterial);
+  if (written.material && name.exact) {
+    writtenNames.try_emplace(name.text, *written.material);
   }
-  return firstMaterial.has_value();
+  return written;
 }
 
-void RendaraPlugin::writeReference(ProMdl model, const ProAsmcomppath& appearancePath,
-                                   const ProAsmcomppath& animationPath, const std::string& name,
-                                   const Matrix& placement) {
+WrittenOccurrence RendaraPlugin::writeReference(ProMdl model, const ProAsmcomppath& appearancePath,
+                                                const ProAsmcomppath& animationPath, const std::string& name,
+                                                const Matrix& placement) {
   const std::string partName = modelName(model).text;
   const auto own = occurrenceMaterial(model, appearancePath);
   const MaterialRecord& record = own ? *own : writtenNames.at(name);
@@ -96,6 +97,7 @@ void RendaraPlugin::writeReference(ProMdl model, const ProAsmcomppath& appearanc
   writeComponentAnimation(animationPath, name.c_str());
   scene.transform(placement.data(), false);
   scene.endGroup();
+  return {true, record};
 }
 
 void RendaraPlugin::writeComponentAnimation(const ProAsmcomppath& animationPath, const char* name) {

@@ -67,12 +67,13 @@ class RendaraPlugin {
 
   // One occurrence of a part or of an assembly's own surfaces; see geometry/part_geometry.h. What was written under
   // the name is what later occurrences of the name refer to.
-  // True when geometry was written.
-  bool exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath, const ProAsmcomppath& animationPath,
-                          const NarrowText& name, const Matrix& placement, bool defineGeometry);
+  WrittenOccurrence exportPartGeometry(ProPart part, const ProAsmcomppath& appearancePath,
+                                       const ProAsmcomppath& animationPath, const NarrowText& name,
+                                       const Matrix& placement, bool defineGeometry);
   // An occurrence of a name under which geometry stands in this scene already.
-  void writeReference(ProMdl model, const ProAsmcomppath& appearancePath, const ProAsmcomppath& animationPath,
-                      const std::string& name, const Matrix& placement);
+  WrittenOccurrence writeReference(ProMdl model, const ProAsmcomppath& appearancePath,
+                                   const ProAsmcomppath& animationPath, const std::string& name,
+                                   const Matrix& placement);
   void writeComponentAnimation(const ProAsmcomppath& animationPath, const char* name);
   bool isNameWritten(const std::string& name) const { return writtenNames.contains(name); }
 
@@ -102,7 +103,7 @@ class RendaraPlugin {
   ExactSurfaceBuffers exactBuffers;
   // The names under which this scene holds geometry, with the first material written under each.
   std::unordered_map<std::string, MaterialRecord> writtenNames;
-  std::unique_ptr<RendererLink> rendererLink;  // null: no renderer can be reached
+  std::unique_ptr<RendererLink> rendererLink;
 
   // Part of the object, with these values from the start; no command reads them.
   uiCmdCmdId spareCommandId{};

@@ -1,7 +1,9 @@
 #include "core/traversal.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 #include "core/cameras.h"
@@ -16,8 +18,28 @@ constexpr unsigned kAssemblyGroupFlags = 0x8000;
 
 class Traversal;
 
+// Groups as a renderer tells them apart: by their names from the top down and, among siblings of one name, by number.
+class SiblingGroups {
+ public:
+  explicit SiblingGroups(std::string parent) : parent_(std::move(parent)) {}
+
+  // The group of that name that comes next.
+  std::string next(const std::string& name) const {
+    const auto found = counts_.find(name);
+    return parent_ + '\n' + name + '[' + std::to_string(found != counts_.end() ? found->second : 0) + ']';
+  }
+  void written(const std::string& name) { ++counts_[name]; }
+
+ private:
+  std::string parent_;
+  std::unordered_map<std::string, std::size_t> counts_;
+};
+
 // One assembly while its components are visited.
 struct WalkContext {
+  explicit WalkContext(std::string group) : siblings(std::move(group)) {}
+
+  SiblingGroups siblings;
   Traversal* traversal = nullptr;
   ProSolid model = nullptr;
   Matrix placement = kIdentityMatrix;  // the inverse of the assembly's own transform, identity at the top
@@ -34,7 +56,6 @@ struct Component {
   Matrix transform = kIdentityMatrix;  // to the top model's coordinates
   Matrix placement = kIdentityMatrix;  // to those of the enclosing group
   VersionStamp stamp;                  // on the live link only
-  bool changed = true;
   bool selected = false;
   bool included = false;
   NarrowText sceneName;
@@ -58,7 +79,7 @@ class Traversal {
   void run() {
     readModel();
     exportCameras(builder_, open_.model);
-    WalkContext top;
+    WalkContext top(open_.name);
     top.traversal = this;
     top.model = static_cast<ProSolid>(open_.model);
     ProIdTable none{};
@@ -75,7 +96,7 @@ class Traversal {
   }
 
   // The action of a visit, below the host's frames.
-  ProError visit(ProFeature& feature, const WalkContext& context) {
+  ProError visit(ProFeature& feature, WalkContext& context) {
     return guard_.run([&] {
       writeComponent(feature, context);
       return PRO_TK_NO_ERROR;
@@ -96,7 +117,7 @@ class Traversal {
     guard_.rethrow();
   }
 
-  void writeComponent(ProFeature& feature, const WalkContext& context) {
+  void writeComponent(ProFeature& feature, WalkContext& context) {
     if (context.path.table_num >= PRO_MAX_ASSEM_LEVEL) {
       return;
     }
@@ -109,9 +130,9 @@ class Traversal {
     component.sceneName = modelName(component.model);
     component.sceneName.text += type == PRO_MDL_ASSEMBLY ? ".asm" : ".prt";
     if (type == PRO_MDL_ASSEMBLY) {
-      writeSubassembly(component);
+      writeSubassembly(component, context.siblings);
     }
-    writeOccurrence(component);
+    writeOccurrence(component, context.siblings);
   }
 
   Component describe(ProFeature& feature, const WalkContext& context) {
@@ -127,7 +148,6 @@ class Traversal {
     component.placement = multiply(component.transform, context.placement);
     if (plugin_.isLive()) {
       ProMdlVerstampGet(component.model, component.stamp.receive());
-      component.changed = !plugin_.componentCache.holds(component.fullPath, component.stamp);
     }
     component.selected = context.selected || isPicked(component.fullPath);
     component.included = open_.representation.includes(component.fullPath, context.included);
@@ -140,10 +160,11 @@ class Traversal {
                        [&](const ProAsmcomppath& picked) { return sameIdentifiers(picked, path); });
   }
 
-  void writeSubassembly(const Component& component) {
+  void writeSubassembly(const Component& component, SiblingGroups& siblings) {
     builder_.openGroup(component.sceneName.text.c_str());
     builder_.scene()->flags(kAssemblyGroupFlags);
-    WalkContext child;
+    WalkContext child(siblings.next(component.sceneName.text));
+    siblings.written(component.sceneName.text);
     child.traversal = this;
     child.model = static_cast<ProSolid>(component.model);
     child.path = component.fullPath;
@@ -156,24 +177,32 @@ class Traversal {
     builder_.closeGroup();
   }
 
-  void writeOccurrence(Component& component) {
-    const bool known = component.sceneName.exact && plugin_.isNameWritten(component.sceneName.text);
-    const bool wanted = component.included && (!plugin_.updateInProgress || component.changed || component.selected);
-    bool written = known && component.included;
-    if (written) {
-      plugin_.writeReference(component.model, component.ownPath, component.fullPath, component.sceneName.text,
-                             component.placement);
-    } else {
-      const bool define = wanted && !known;
-      if (define && plugin_.updateInProgress) {
-        plugin_.changedItems.push_back(component.fullPath);
+  void writeOccurrence(Component& component, SiblingGroups& siblings) {
+    const std::string& name = component.sceneName.text;
+    std::string group = siblings.next(name);
+    const bool changed = !plugin_.isLive() || !plugin_.componentCache.holds(component.fullPath, component.stamp, group);
+    const WrittenOccurrence written = writeKnownOrNew(component, changed);
+    if (written.group) {
+      siblings.written(name);
+      if (plugin_.isLive() && (written.material || !changed)) {
+        plugin_.componentCache.note(component.fullPath, std::move(component.stamp), std::move(group));
       }
-      written = plugin_.exportPartGeometry(static_cast<ProPart>(component.model), component.ownPath, component.fullPath,
-                                           component.sceneName, component.placement, define);
     }
-    if (plugin_.isLive() && (written || !component.changed)) {
-      plugin_.componentCache.note(component.fullPath, std::move(component.stamp));
+  }
+
+  WrittenOccurrence writeKnownOrNew(const Component& component, bool changed) {
+    const bool known = component.sceneName.exact && plugin_.isNameWritten(component.sceneName.text);
+    if (known && component.included) {
+      return plugin_.writeReference(component.model, component.ownPath, component.fullPath, component.sceneName.text,
+                                    component.placement);
     }
+    const bool wanted = component.included && (!plugin_.updateInProgress || changed || component.selected);
+    const bool define = wanted && !known;
+    if (define && plugin_.updateInProgress) {
+      plugin_.changedItems.push_back(component.fullPath);
+    }
+    return plugin_.exportPartGeometry(static_cast<ProPart>(component.model), component.ownPath, component.fullPath,
+                                      component.sceneName, component.placement, define);
   }
 
   RendaraPlugin& plugin_;
@@ -183,7 +212,7 @@ class Traversal {
 };
 
 ProError visitComponent(ProFeature* feature, ProError, ProAppData context) {
-  const auto& walked = *static_cast<WalkContext*>(context);
+  auto& walked = *static_cast<WalkContext*>(context);
   return walked.traversal->visit(*feature, walked);
 }
 

@@ -138,18 +138,18 @@ NarrowText modelName(ProMdl model) {
   return narrow;
 }
 
-std::optional<MaterialRecord> exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
-                                                 const GeometryOptions& options, const GeometryBuffers& buffers,
-                                                 const std::function<void()>& writeAnimation) {
+WrittenOccurrence exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
+                                     const GeometryOptions& options, const GeometryBuffers& buffers,
+                                     const std::function<void()>& writeAnimation) {
   SurfaceCollection collection;
   collectSurfaces(occurrence.part, collection);
   if (collection.surfaces.empty()) {
-    return std::nullopt;
+    return {};
   }
   scene.beginGroup(occurrence.name, true);
-  std::optional<MaterialRecord> written;
+  WrittenOccurrence written{true, std::nullopt};
   if (occurrence.defineGeometry) {
-    written = PartWriter(scene, occurrence, options, buffers).writeGeometry(collection);
+    written.material = PartWriter(scene, occurrence, options, buffers).writeGeometry(collection);
   }
   writeAnimation();
   scene.transform(occurrence.placement, false);

@@ -36,15 +36,20 @@ struct GeometryBuffers {
   ExactSurfaceBuffers& exact;
 };
 
+// What stands in the scene of an occurrence.
+struct WrittenOccurrence {
+  bool group = false;                      // its group, with or without geometry
+  std::optional<MaterialRecord> material;  // of the first object that was written; none without geometry
+};
+
 // The name of a model as narrow text, at most 259 bytes; not exact when it cannot be had.
 NarrowText modelName(ProMdl model);
 
 // Writes the occurrence's group: geometry if it is to be defined, for each material in the order of the materials'
 // names its exact surfaces and one mesh object, then what `writeAnimation` writes, then the placement. A part without
-// an exported surface writes nothing at all. `buffers` are used and left with the last group's mesh. The result is the
-// material of the first object that was written; nothing when none was.
-std::optional<MaterialRecord> exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
-                                                 const GeometryOptions& options, const GeometryBuffers& buffers,
-                                                 const std::function<void()>& writeAnimation);
+// an exported surface writes nothing at all. `buffers` are used and left with the last group's mesh.
+WrittenOccurrence exportPartGeometry(vntScene_api& scene, const PartOccurrence& occurrence,
+                                     const GeometryOptions& options, const GeometryBuffers& buffers,
+                                     const std::function<void()>& writeAnimation);
 
 }  // namespace rendara

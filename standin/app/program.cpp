@@ -9,8 +9,8 @@
 #include <iostream>
 #include <system_error>
 
-#include "standin/app/export_command.h"
 #include "standin/app/misuse.h"
+#include "standin/app/model_commands.h"
 #include "standin/app/program_options.h"
 #include "standin/app/script_program.h"
 #include "standin/windows/code_page.h"
@@ -37,6 +37,10 @@ ExitCode runCommand(ProgramOptions& options) {
   prepare(options.common);
   if (const auto* exported = std::get_if<ExportOptions>(&options.command)) {
     exportModel(options.common, *exported, std::cout);
+    return ExitCode::kDone;
+  }
+  if (const auto* rendered = std::get_if<RenderOptions>(&options.command)) {
+    renderModel(options.common, *rendered, std::cout);
     return ExitCode::kDone;
   }
   return runScript(options.common, std::get<ScriptOptions>(options.command), std::cout, std::cerr);

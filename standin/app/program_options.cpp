@@ -18,6 +18,7 @@ constexpr const char* kExamples = R"(Examples:
   creo-standin export pump.step pump.rpk
   creo-standin export pump.step pump.rpk --quality 0.8 --no-nurbs --up z
   creo-standin export pump.step pump.rpk --overlay layers.json
+  creo-standin render pump.step   (starts the renderer that renderer-standin --install has installed)
   creo-standin run steps.txt
   creo-standin                    (a prompt; "help" lists its commands)
 
@@ -32,26 +33,26 @@ std::vector<std::string> optionNames(const CLI::App& app) {
 }
 
 // What was typed and is no option, command or file that is expected: said with the name that may have been meant.
-void rejectExtras(const CLI::App& app, const CLI::App& exportCommand, bool hasCommand) {
+void rejectExtras(const CLI::App& app) {
   const std::vector<std::string> extras = app.remaining(true);
   const auto option = std::find_if(extras.begin(), extras.end(),
                                    [](const std::string& extra) { return extra.size() > 1 && extra[0] == '-'; });
   if (option != extras.end()) {
     std::vector<std::string> names = optionNames(app);
-    const std::vector<std::string> exportNames = optionNames(exportCommand);
-    names.insert(names.end(), exportNames.begin(), exportNames.end());
+    for (const CLI::App* command : app.get_subcommands(nullptr)) {
+      for (std::string& known : optionNames(*command)) names.push_back(std::move(known));
+    }
     const std::string name = option->substr(0, option->find('='));
     throw Failure(ExitCode::kUsage, fmt::format("unknown option {}{}", name, terminal::didYouMean(name, names)));
   }
   if (extras.empty()) return;
-  if (hasCommand) throw Failure(ExitCode::kUsage, fmt::format("unexpected argument \"{}\"", extras.front()));
+  if (!app.get_subcommands().empty())
+    throw Failure(ExitCode::kUsage, fmt::format("unexpected argument \"{}\"", extras.front()));
   throw Failure(ExitCode::kUsage, fmt::format("unknown command \"{}\"{}", extras.front(),
-                                              terminal::didYouMean(extras.front(), {"export", "run"})));
+                                              terminal::didYouMean(extras.front(), {"export", "render", "run"})));
 }
 
-void addExportOptions(CLI::App& command, ExportOptions& options) {
-  command.add_option("MODEL", options.model, "STEP file to open")->required()->option_text(" ");
-  command.add_option("OUT", options.output, "Package to write, *.rpk")->required()->option_text(" ");
+void addModelOptions(CLI::App& command, ModelOptions& options) {
   command.add_option("--quality", options.quality, "Tessellation quality, 0 to 1 (default 0.2)")->option_text("Q");
   command.add_flag("--no-nurbs", options.noNurbs, "Leave out the exact surfaces");
   command.add_flag("--shared-materials", options.sharedMaterials, "One material for parts of the same appearance");
@@ -63,8 +64,15 @@ void addExportOptions(CLI::App& command, ExportOptions& options) {
       ->option_text("FILE");
   command
       .add_option("--representation", options.representation,
-                  "Simplified representation to export (default: the master one)")
+                  "Simplified representation to send (default: the master one)")
       ->option_text("NAME");
+}
+
+CLI::App* addModelCommand(CLI::App& app, const char* name, const char* what, ModelOptions& options) {
+  CLI::App* command = app.add_subcommand(name, what);
+  command->allow_extras();
+  command->add_option("MODEL", options.model, "STEP file to open")->required()->option_text(" ");
+  return command;
 }
 
 unsigned parseCodePage(const std::string& text) {
@@ -98,9 +106,13 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   app.add_option("--code-page", codePage, "System code page of the session (default 1252)")->option_text("N");
 
   ExportOptions exportOptions;
-  CLI::App* exportCommand = app.add_subcommand("export", "Opens a model and exports it to a package");
-  exportCommand->allow_extras();
-  addExportOptions(*exportCommand, exportOptions);
+  CLI::App* exportCommand = addModelCommand(app, "export", "Opens a model and exports it to a package", exportOptions);
+  exportCommand->add_option("OUT", exportOptions.output, "Package to write, *.rpk")->required()->option_text(" ");
+  addModelOptions(*exportCommand, exportOptions);
+  RenderOptions renderOptions;
+  CLI::App* renderCommand =
+      addModelCommand(app, "render", "Opens a model, starts a renderer and sends the model to it", renderOptions);
+  addModelOptions(*renderCommand, renderOptions);
   ScriptOptions scriptOptions;
   CLI::App* runCommand = app.add_subcommand("run", "Runs the commands of a script");
   runCommand->allow_extras();
@@ -119,10 +131,10 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
     return result;
   } catch (const CLI::ParseError& error) {
     // A mistyped option makes other arguments seem to be missing, so it is told first.
-    rejectExtras(app, *exportCommand, !app.get_subcommands().empty());
+    rejectExtras(app);
     throw Failure(ExitCode::kUsage, error.what());
   }
-  rejectExtras(app, *exportCommand, !app.get_subcommands().empty());
+  rejectExtras(app);
   std::error_code ignored;
   if (app.count("--messages") > 0 && !std::filesystem::exists(result.common.messages / kMessageFile, ignored)) {
     throw Failure(ExitCode::kUsage, fmt::format("{}: holds no {}", result.common.messages.string(), kMessageFile));
@@ -130,6 +142,8 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   if (codePage) result.common.codePage = parseCodePage(*codePage);
   if (exportCommand->parsed()) {
     result.command = exportOptions;
+  } else if (renderCommand->parsed()) {
+    result.command = renderOptions;
   } else {
     if (runCommand->parsed() && script != "-") scriptOptions.script = script;
     result.command = scriptOptions;

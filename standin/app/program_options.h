@@ -15,9 +15,9 @@ struct CommonOptions {
   unsigned codePage = 1252;
 };
 
-struct ExportOptions {
+// What is opened, and what of it is sent how.
+struct ModelOptions {
   std::filesystem::path model;
-  std::filesystem::path output;
   std::optional<std::filesystem::path> overlay;
   std::string representation;          // empty: the master one
   std::optional<std::string> quality;  // none: the plug-in's default
@@ -25,6 +25,12 @@ struct ExportOptions {
   bool noNurbs = false;
   bool sharedMaterials = false;
 };
+
+struct ExportOptions : ModelOptions {
+  std::filesystem::path output;
+};
+
+struct RenderOptions : ModelOptions {};
 
 struct ScriptOptions {
   std::optional<std::filesystem::path> script;  // none: standard input; a prompt when that is a terminal
@@ -37,7 +43,7 @@ struct TextAnswer {
 
 struct ProgramOptions {
   CommonOptions common;
-  std::variant<ScriptOptions, ExportOptions, TextAnswer> command;
+  std::variant<ScriptOptions, ExportOptions, RenderOptions, TextAnswer> command;
 };
 
 // Throws Failure(kUsage).

@@ -43,6 +43,8 @@ const std::vector<Script::Entry>& Script::table() {
        &Script::set},
       {"commands", "", "the commands of the plug-in with their labels and icons", 0, 0, &Script::commands},
       {"run", "\"COMMAND NAME\"", "runs a command of the plug-in", 1, kAny, &Script::run},
+      {"render", "", "runs \"Rendara Render\": starts a renderer and sends it the model", 0, 0, &Script::render},
+      {"update", "", "runs \"Rendara Update\": sends the renderer what changed", 0, 0, &Script::update},
       {"mode", "[assembly|part|section|drawing|none]", "tells or changes the mode of the session's window", 0, 1,
        &Script::mode},
       {"status", "", "the open model, the answers that wait, what the plug-in did wrong", 0, 0, &Script::status},

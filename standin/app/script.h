@@ -58,12 +58,15 @@ class Script {
   void set(const Arguments& arguments);
   void commands(const Arguments& arguments);
   void run(const Arguments& arguments);
+  void render(const Arguments& arguments);
+  void update(const Arguments& arguments);
   void mode(const Arguments& arguments);
   void status(const Arguments& arguments);
   void help(const Arguments& arguments);
   void quit(const Arguments& arguments);
 
   Model& current();
+  void runCommand(const std::string& name);
   void setStatus(const std::string& path, ProFeatStatus status);
   void addToLayer(const std::string& name, const std::string& path);
   void showLayer(const std::string& name, ProLayerDisplay display);

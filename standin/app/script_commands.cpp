@@ -309,9 +309,16 @@ void Script::commands(const Arguments&) {
   }
 }
 
-void Script::run(const Arguments& arguments) {
-  // The quotes may be left out.
-  const CommandReport report = bench_.run(fmt::format("{}", fmt::join(arguments, " ")));
+// The quotes of the name may be left out.
+void Script::run(const Arguments& arguments) { runCommand(fmt::format("{}", fmt::join(arguments, " "))); }
+
+void Script::render(const Arguments&) { runCommand("Rendara Render"); }
+
+void Script::update(const Arguments&) { runCommand("Rendara Update"); }
+
+void Script::runCommand(const std::string& name) {
+  const CommandReport report = bench_.run(name);
+  if (!report.printed.empty()) fmt::print(output_, "the plug-in says \"{}\"\n", report.printed);
   if (report.result != 0) fmt::print(output_, "the command gave {}\n", report.result);
   for (const std::string& dialog : report.dialogs) fmt::print(output_, "dialog {}\n", dialog);
   for (const WrittenPackage& package : report.packages) {

@@ -35,25 +35,30 @@ void printFailedSurfaces(std::ostream& output, const RunCounts& counts) {
   }
 }
 
+void printSize(std::ostream& output, const std::filesystem::path& file) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  if (!error) fmt::print(output, "package       {} bytes\n", size);
+}
+
 }  // namespace
 
-void printSummary(std::ostream& output, Session& session, const WrittenPackage& package,
+void printSummary(std::ostream& output, Session& session, const WrittenPackage* package,
                   std::chrono::steady_clock::duration reading) {
   std::set<const Model*> visited;
   std::size_t parts = 0;
   if (session.current) countParts(*session.current, visited, parts);
-  fmt::print(output, "{}\n", package.path.string());
+  const rpk::PackageCounts* counts = package && package->counts ? &*package->counts : nullptr;
+  if (package) fmt::print(output, "{}\n", package->path.string());
   fmt::print(output, "parts         {}\n", parts);
-  if (package.counts) {
-    fmt::print(output, "occurrences   {}\n", package.counts->occurrences);
-    fmt::print(output, "references    {}\n", package.counts->references);
+  if (counts) {
+    fmt::print(output, "occurrences   {}\n", counts->occurrences);
+    fmt::print(output, "references    {}\n", counts->references);
   }
   fmt::print(output, "surfaces      {}\n", session.counts.surfacesTessellated);
-  if (package.counts) fmt::print(output, "triangles     {}\n", package.counts->triangles);
+  if (counts) fmt::print(output, "triangles     {}\n", counts->triangles);
   printFailedSurfaces(output, session.counts);
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(package.path, error);
-  if (!error) fmt::print(output, "package       {} bytes\n", size);
+  if (package) printSize(output, package->path);
   fmt::print(output, "seconds       read {:.2f}, tessellate {:.2f}, plug-in {:.2f}, session {:.2f}\n", seconds(reading),
              seconds(session.clock.tessellation), seconds(session.clock.plugin), seconds(session.clock.session));
 }

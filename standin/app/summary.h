@@ -1,4 +1,4 @@
-// What an export wrote and how long it took, for the user.
+// What a command sent and how long it took, for the user.
 #pragma once
 
 #include <chrono>
@@ -8,8 +8,9 @@
 
 namespace standin {
 
-// `reading` is the time that opening the model took; the others are the session's.
-void printSummary(std::ostream& output, Session& session, const WrittenPackage& package,
+// `reading` is the time that opening the model took; the others are the session's. The package is null for a model that
+// was sent to a renderer.
+void printSummary(std::ostream& output, Session& session, const WrittenPackage* package,
                   std::chrono::steady_clock::duration reading);
 
 }  // namespace standin

@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "standin/app/captured_output.h"
 #include "standin/app/component_lookup.h"
 #include "standin/app/failure.h"
 #include "standin/windows/code_page.h"
@@ -101,7 +102,9 @@ CommandReport Workbench::run(const std::string& commandName) {
   forgetFileFailures();
 
   CommandReport report;
+  CapturedOutput captured;
   report.result = runShowingProgress(commandName).value_or(0);
+  report.printed = captured.end();
   report.dialogs.assign(session_.dialogsShown.begin() + static_cast<std::ptrdiff_t>(dialogsBefore),
                         session_.dialogsShown.end());
   if (const auto failure = fileFailure()) {

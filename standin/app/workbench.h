@@ -26,7 +26,8 @@ struct WrittenPackage {
 
 // What a ribbon command did.
 struct CommandReport {
-  int result = 0;  // of the command's action
+  int result = 0;       // of the command's action
+  std::string printed;  // on standard output, by the plug-in
   std::vector<WrittenPackage> packages;
   std::vector<std::string> dialogs;  // shown, in order
 };

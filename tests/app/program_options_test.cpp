@@ -47,6 +47,15 @@ TEST(ProgramOptionsTest, ReadsAnExport) {
   EXPECT_EQ(defaults.quality, std::nullopt);
 }
 
+TEST(ProgramOptionsTest, ReadsARender) {
+  const ProgramOptions options = parse({"render", "pump.step", "--quality", "0.5", "--representation", "core"});
+  const auto& rendered = std::get<RenderOptions>(options.command);
+  EXPECT_EQ(rendered.model, "pump.step");
+  EXPECT_EQ(rendered.quality, "0.5");
+  EXPECT_EQ(rendered.representation, "core");
+  EXPECT_EQ(failureOf({"render", "pump.step", "out.rpk"}), "unexpected argument \"out.rpk\"");
+}
+
 TEST(ProgramOptionsTest, ReadsScripts) {
   EXPECT_EQ(std::get<ScriptOptions>(parse({"run", "a.txt"}).command).script, "a.txt");
   EXPECT_EQ(std::get<ScriptOptions>(parse({"run", "-"}).command).script, std::nullopt);

@@ -85,7 +85,7 @@ class ExactSurfaces : public ::testing::Test {
   bool write() {
     scene.clear();
     const PartOccurrence occurrence{solid(part), {}, "cover.prt", kIdentityMatrix.data(), true};
-    return exportPartGeometry(scene, occurrence, options, {meshBuffers, exactBuffers}, [] {}).has_value();
+    return exportPartGeometry(scene, occurrence, options, {meshBuffers, exactBuffers}, [] {}).material.has_value();
   }
   std::vector<std::string> calls(const std::string& start) const {
     std::vector<std::string> found;

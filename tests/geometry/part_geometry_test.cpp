@@ -49,7 +49,7 @@ class PartGeometry : public ::testing::Test {
   std::optional<MaterialRecord> write(bool define = true, ProAsmcomppath path = {}) {
     scene.clear();
     const PartOccurrence occurrence{solid(part), path, "cover.prt", kIdentityMatrix.data(), define};
-    return exportPartGeometry(scene, occurrence, options, {buffers, exactBuffers}, [this] { scene.id(4711); });
+    return exportPartGeometry(scene, occurrence, options, {buffers, exactBuffers}, [this] { scene.id(4711); }).material;
   }
   // The calls that begin with a text, without it.
   std::vector<std::string> values(const std::string& start) const {

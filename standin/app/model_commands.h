@@ -1,4 +1,4 @@
-// `creo-standin export MODEL OUT`
+// `creo-standin export MODEL OUT` and `creo-standin render MODEL`
 #pragma once
 
 #include <ostream>
@@ -11,5 +11,9 @@ namespace standin {
 // Opens the model, runs the plug-in's export command and prints a summary. Leaves nothing but the package, and none
 // that is not complete. Throws Failure.
 void exportModel(const CommonOptions& common, const ExportOptions& options, std::ostream& output);
+
+// Opens the model, runs the plug-in's render command and prints a summary. Throws Failure, also when the command says
+// that it has reached no renderer.
+void renderModel(const CommonOptions& common, const RenderOptions& options, std::ostream& output);
 
 }  // namespace standin

@@ -1,4 +1,4 @@
-#include "standin/app/export_command.h"
+#include "standin/app/model_commands.h"
 
 #include <fmt/format.h>
 
@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kExportCommand = "Rendara Export";
+constexpr const char* kRenderCommand = "Rendara Render";
 
 // The options are called as the settings are.
 void setOption(SettingsFile& settings, const std::string& name, const std::optional<std::string>& value) {
@@ -30,7 +31,7 @@ void setOption(SettingsFile& settings, const std::string& name, const std::optio
   }
 }
 
-void writeSettings(const ExportOptions& options) {
+void writeSettings(const ModelOptions& options) {
   SettingsFile settings(SettingsFile::kName);
   setOption(settings, "quality", options.quality);
   setOption(settings, "up", options.upAxis);
@@ -46,8 +47,7 @@ void refuseToOverwrite(const fs::path& input, const fs::path& output) {
   }
 }
 
-void answerQuestions(Session& session, const ExportOptions& options, const fs::path& package) {
-  session.fileAnswers.emplace_back(package);
+void chooseRepresentation(Session& session, const ModelOptions& options) {
   const std::wstring name = wideFromUtf8(options.representation);
   const auto& known = session.current->representations;
   const auto isMeant = [&name](const SimplifiedRep& candidate) { return candidate.name == name; };
@@ -82,6 +82,41 @@ void finish(Session& session, PluginHost& plugin, const std::string& otherFailur
   throwMisuse(session, plugin.file(), otherFailure);
 }
 
+// The program, the plug-in and the opened model while one command is run on it.
+class OpenedModel {
+ public:
+  OpenedModel(const CommonOptions& common, const ModelOptions& options, const ScratchDirectory& scratch)
+      : plugin_(common.plugin), progress_(stderr), bench_(session_, plugin_, progress_, scratch.origin()) {
+    session_.messageFolder = common.messages;
+    const auto begin = std::chrono::steady_clock::now();
+    bench_.open(options.model, options.overlay);
+    reading_ = std::chrono::steady_clock::now() - begin;
+    chooseRepresentation(session_, options);
+  }
+
+  // Ends the plug-in after the action, whatever becomes of it.
+  template <typename Action>
+  void run(Action action) {
+    try {
+      action(bench_);
+    } catch (const Failure& failure) {
+      finish(session_, plugin_, failure.what());
+      throw;
+    }
+    finish(session_, plugin_, {});
+  }
+
+  Session& session() { return session_; }
+  std::chrono::steady_clock::duration reading() const { return reading_; }
+
+ private:
+  Session session_;
+  PluginHost plugin_;
+  terminal::Progress progress_;
+  Workbench bench_;
+  std::chrono::steady_clock::duration reading_{};
+};
+
 }  // namespace
 
 void exportModel(const CommonOptions& common, const ExportOptions& options, std::ostream& output) {
@@ -93,24 +128,28 @@ void exportModel(const CommonOptions& common, const ExportOptions& options, std:
   const PackageFile target(packagePath);
   target.checkPlace();
 
-  Session session;
-  session.messageFolder = common.messages;
-  PluginHost plugin(common.plugin);
-  terminal::Progress progress(stderr);
-  Workbench bench(session, plugin, progress, scratch.origin());
-  const auto begin = std::chrono::steady_clock::now();
-  bench.open(options.model, options.overlay);
-  const auto reading = std::chrono::steady_clock::now() - begin;
-
-  try {
-    answerQuestions(session, options, packagePath);
+  OpenedModel opened(common, options, scratch);
+  opened.session().fileAnswers.emplace_back(packagePath);
+  opened.run([&](Workbench& bench) {
     const WrittenPackage package = writePackage(bench, target);
-    printSummary(output, session, package, reading);
-  } catch (const Failure& failure) {
-    finish(session, plugin, failure.what());
-    throw;
-  }
-  finish(session, plugin, {});
+    printSummary(output, opened.session(), &package, opened.reading());
+  });
+}
+
+void renderModel(const CommonOptions& common, const RenderOptions& options, std::ostream& output) {
+  ScratchDirectory scratch;
+  writeSettings(options);
+  OpenedModel opened(common, options, scratch);
+  opened.run([&](Workbench& bench) {
+    const CommandReport report = bench.run(kRenderCommand);
+    if (!report.printed.empty()) {
+      throw Failure(ExitCode::kOutput,
+                    fmt::format("no renderer could be reached: the plug-in says \"{}\"; \"renderer-standin --install\" "
+                                "installs one",
+                                report.printed));
+    }
+    printSummary(output, opened.session(), nullptr, opened.reading());
+  });
 }
 
 }  // namespace standin
