@@ -113,28 +113,12 @@ TEST(ExactSurface, FlagsAreHeldAgainstTheLoopsPlaces) {
   EXPECT_NEAR(exactFacts({plate(), {open}}).widestGap, 0.001, 1e-9);
 }
 
-double meshArea(const TriangleMesh& mesh) {
-  double area = 0;
-  for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
-    const auto at = [&](std::size_t corner, std::size_t axis) {
-      return static_cast<double>(mesh.positions[3 * std::size_t{mesh.indices[i + corner]} + axis]);
-    };
-    Vector a{}, b{};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      a[axis] = at(1, axis) - at(0, axis);
-      b[axis] = at(2, axis) - at(0, axis);
-    }
-    area += std::hypot(a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]) / 2;
-  }
-  return area;
-}
-
 TEST(ExactSurface, TrianglesFillTheTrims) {
   const TrimmedSurface plateWithHole = {plate(), {rectangle(1, 1, 9, 7), {{circle(5, 4, 2)}, false}}};
-  EXPECT_NEAR(meshArea(exactMesh(plateWithHole, 0.002)), 48 - 4 * kPi, 0.05);
+  EXPECT_NEAR(areaOf(exactMesh(plateWithHole, 0.002)), 48 - 4 * kPi, 0.05);
   const TrimmedSurface cylinder = {quarterCylinder(), {rectangle(0, 0.5, 1, 2.5)}};
   const TriangleMesh mesh = exactMesh(cylinder, 0.001);
-  EXPECT_NEAR(meshArea(mesh), 2 * kPi, 0.01);
+  EXPECT_NEAR(areaOf(mesh), 2 * kPi, 0.01);
   for (std::size_t i = 0; i < mesh.vertexCount(); ++i) {
     const float* position = mesh.positions.data() + 3 * i;
     const float* normal = mesh.normals.data() + 3 * i;

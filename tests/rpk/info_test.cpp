@@ -206,7 +206,8 @@ TEST(InfoText, HoldsTogetherWhateverThePackage) {
               "\"" + longName + "\" \"" + longName + "\",\n")};
   for (std::uint32_t seed = 0; seed < 300; ++seed) texts.push_back(Damager(seed).damage(texts[seed % 2]));
   for (const std::string& text : texts) {
-    const rpk::PackageInfo info = rpk::gatherInfo(text);
+    rpk::PackageInfo info = rpk::gatherInfo(text);
+    info.exact = rpk::exactParts(info.scene);
     for (const std::string& line : linesOf(rpk::infoText(info, "a\x1b.rpk"))) {
       EXPECT_LE(rpk::displayWidth(line), 120U) << line;
       EXPECT_EQ(line, rpk::displayText(line));
@@ -271,6 +272,8 @@ TEST_F(InfoCommand, SaysItInText) {
   }
   const std::string flat = run({"pump.rpk", "--depth", "0"}).output;
   EXPECT_EQ(flat.find("tree"), std::string::npos);
+  EXPECT_EQ(flat.find("exact surfaces (1)"), std::string::npos) << "evaluated on request only";
+  EXPECT_NE(run({"pump.rpk", "--exact"}).output.find("exact surfaces (1)"), std::string::npos);
   EXPECT_TRUE(output.starts_with(flat));
 }
 

@@ -104,6 +104,23 @@ TriangleMesh copyMesh(const MeshView& view) {
   return mesh;
 }
 
+double areaOf(const TriangleMesh& mesh) {
+  double twice = 0;
+  for (std::size_t i = 0; i + 2 < mesh.indices.size(); i += 3) {
+    const auto corner = [&](std::size_t number) {
+      return mesh.positions.data() + 3 * std::size_t{mesh.indices[i + number]};
+    };
+    const float* from = corner(0);
+    Vector a{}, b{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      a[axis] = double{corner(1)[axis]} - double{from[axis]};
+      b[axis] = double{corner(2)[axis]} - double{from[axis]};
+    }
+    twice += std::hypot(a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]);
+  }
+  return twice / 2;
+}
+
 double unitsPerMetre(const Scene& scene) {
   const std::string_view text = scene.option("meter_scale");
   double units = 0;

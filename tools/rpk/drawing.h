@@ -49,6 +49,9 @@ struct TriangleMesh {
 
 TriangleMesh copyMesh(const MeshView& mesh);
 
+// Of all its triangles together, in square units of its coordinates.
+double areaOf(const TriangleMesh& mesh);
+
 // The metre scale of the package: model units in one metre; 1 when there is none or none above zero.
 double unitsPerMetre(const Scene& scene);
 

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
 #include "tools/rpk/bounds.h"
+#include "tools/rpk/exact/exact_parts.h"
 #include "tools/rpk/package_counts.h"
 #include "tools/rpk/scene_summary.h"
 
@@ -40,6 +42,8 @@ struct PackageInfo {
   double unitsPerMetre = 1;
   // Triangles that are drawn at the place of a group that has geometry or a reference, without its sub-groups.
   std::unordered_map<const Group*, std::uint64_t> triangles;
+  // Exact surfaces evaluated, which takes its time: only when someone fills it in.
+  std::optional<std::vector<ExactPart>> exact;
 
   std::uint64_t trianglesAt(const Group& group) const;
 };

@@ -4,17 +4,20 @@
 #include <fmt/ostream.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "tools/rpk/app/package_input.h"
 #include "tools/rpk/info.h"
 #include "tools/rpk/report/display_text.h"
 #include "tools/rpk/report/info_json.h"
 #include "tools/rpk/report/info_text.h"
+#include "tools/terminal/progress.h"
 
 namespace rpk {
 namespace {
@@ -23,11 +26,21 @@ struct Options {
   std::string file;
   TreeOptions tree;
   bool json = false;
+  bool exact = false;
 };
+
+std::vector<ExactPart> evaluated(const Scene& scene) {
+  terminal::Progress progress(stderr);
+  progress.begin();
+  return exactParts(scene, [&](std::size_t done, std::size_t all) {
+    progress.show(fmt::format("Evaluating exact surfaces {} %", done * 100 / all));
+  });
+}
 
 ExitCode info(const Options& options, std::ostream& out) {
   const MappedFile file = openPackage(options.file);
-  const PackageInfo info = gatherInfo(file.bytes());
+  PackageInfo info = gatherInfo(file.bytes());
+  if (options.exact) info.exact = evaluated(info.scene);
   if (options.json) {
     out << infoJson(info, options.file, options.tree.depth).dump(2) << '\n';
   } else {
@@ -49,6 +62,8 @@ void addInfoCommand(CLI::App& program, Work& work) {
   command->add_option("--depth", options->tree.depth, "Levels of the tree of groups that are shown; 0: no tree");
   command->add_flag("--each", options->tree.each, "Every group on a line of its own, also those that repeat");
   command->add_flag("--json", options->json, "All of it as JSON, with the whole placements");
+  command->add_flag("--exact", options->exact,
+                    "Evaluates the exact surfaces: which are sound, their area beside that of the meshes");
   command->callback([options, &work] { work = [options](std::ostream& out) { return info(*options, out); }; });
 }
 

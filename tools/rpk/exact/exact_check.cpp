@@ -57,8 +57,15 @@ ParameterBox boxOf(const TrimmedSurface& trimmed) {
 // The exact surfaces of one group beside its mesh.
 class GroupCheck {
  public:
-  GroupCheck(const Group& group, std::string path, double size, double tolerance, ExactReport& report)
-      : group_(group), path_(std::move(path)), size_(size), tolerance_(tolerance * size), report_(report) {}
+  // `number` is that of the next surface in the part.
+  GroupCheck(const Group& group, std::string path, std::size_t& number, double size, double tolerance,
+             ExactReport& report)
+      : group_(group),
+        path_(std::move(path)),
+        number_(number),
+        size_(size),
+        tolerance_(tolerance * size),
+        report_(report) {}
 
   void run() {
     for (const Object& object : group_.objects) {
@@ -73,22 +80,13 @@ class GroupCheck {
  private:
   void readSurface(const Object& object) {
     const std::size_t number = number_++;
+    JudgedSurface judged = judgeSurface(object);
     ++report_.surfaces;
-    std::string fault;
-    auto trimmed = readTrimmedSurface(object, &fault);
-    if (!trimmed) {
-      find(number, fault);
-      return;
-    }
-    const ExactFacts facts = exactFacts(*trimmed);
-    if (facts.sound()) ++report_.sound;
-    if (facts.widestGap > kLoopGap) {
-      find(number, fmt::format("a loop is open by {:.3g} of the domain", facts.widestGap));
-    }
-    if (!facts.flagsHold) find(number, "a loop is marked as the opposite of what its place says");
-    if (!(facts.area > 0)) find(number, fmt::format("the area within the trims is {:g}", facts.area));
-    boxes_.push_back(boxOf(*trimmed));
-    surfaces_.push_back(std::move(*trimmed));
+    if (judged.sound()) ++report_.sound;
+    for (std::string& fault : judged.faults) find(number, std::move(fault));
+    if (!judged.trimmed) return;
+    boxes_.push_back(boxOf(*judged.trimmed));
+    surfaces_.push_back(std::move(*judged.trimmed));
   }
 
   void checkMesh(const MeshView& mesh) {
@@ -138,10 +136,10 @@ class GroupCheck {
 
   const Group& group_;
   std::string path_;
+  std::size_t& number_;
   double size_;
   double tolerance_;
   ExactReport& report_;
-  std::size_t number_ = 0;
   std::vector<TrimmedSurface> surfaces_;
   std::vector<ParameterBox> boxes_;
 };
@@ -165,9 +163,10 @@ void checkPart(const Group& group, const std::string& path, double tolerance, Ex
   Vector high = {-1e300, -1e300, -1e300};
   growByMeshes(group, low, high);
   const double size = high[0] >= low[0] ? distance(low, high) : 1;
-  GroupCheck(group, path, size, tolerance, report).run();
+  std::size_t number = 0;
+  GroupCheck(group, path, number, size, tolerance, report).run();
   for (const auto& child : group.children) {
-    if (child->materialGroup()) GroupCheck(*child, path, size, tolerance, report).run();
+    if (child->materialGroup()) GroupCheck(*child, path, number, size, tolerance, report).run();
   }
 }
 
@@ -180,6 +179,8 @@ void checkGroups(const Group& group, const std::string& around, double tolerance
 }
 
 }  // namespace
+
+bool ExactFacts::sound() const { return widestGap <= kLoopGap && flagsHold && area > 0 && std::isfinite(area); }
 
 ExactFacts exactFacts(const TrimmedSurface& trimmed) {
   ExactFacts facts;
@@ -195,6 +196,25 @@ ExactFacts exactFacts(const TrimmedSurface& trimmed) {
   facts.flagsHold = std::all_of(flags.begin(), flags.end(), [](bool holds) { return holds; });
   facts.area = trimmedArea(trimmed);
   return facts;
+}
+
+JudgedSurface judgeSurface(const Object& object) {
+  JudgedSurface judged;
+  std::string unreadable;
+  judged.trimmed = readTrimmedSurface(object, &unreadable);
+  if (!judged.trimmed) {
+    judged.faults.push_back(std::move(unreadable));
+    return judged;
+  }
+  const ExactFacts& facts = judged.facts = exactFacts(*judged.trimmed);
+  if (!(facts.widestGap <= kLoopGap)) {
+    judged.faults.push_back(fmt::format("a loop is open by {:.3g} of the domain", facts.widestGap));
+  }
+  if (!facts.flagsHold) judged.faults.emplace_back("a loop is marked as the opposite of what its place says");
+  if (!(facts.area > 0) || !std::isfinite(facts.area)) {
+    judged.faults.push_back(fmt::format("the area within the trims is {:g}", facts.area));
+  }
+  return judged;
 }
 
 ExactReport checkExact(const Scene& scene, double tolerance) {

@@ -17,13 +17,25 @@ struct ExactFacts {
   double area = 0;        // within the trims, in square model units
   double widestGap = 0;   // between two ends in a loop, by the larger side of the domain
   bool flagsHold = true;  // every loop is an outer one or a hole as its place among the others says
-  bool sound() const { return widestGap <= kLoopGap && flagsHold && area > 0; }
+  bool sound() const;
 };
 
 ExactFacts exactFacts(const TrimmedSurface& trimmed);
 
+// One surface of a package: read, evaluated, judged.
+struct JudgedSurface {
+  std::optional<TrimmedSurface> trimmed;  // nothing when its arrays do not go together
+  ExactFacts facts;                       // of a surface that could be read
+  std::vector<std::string> faults;        // in words
+
+  bool sound() const { return trimmed && facts.sound(); }
+};
+
+// Of an object of geometry type "nurbs".
+JudgedSurface judgeSurface(const Object& object);
+
 struct ExactFinding {
-  std::string path;  // names of the groups, and the number of the surface in its group, from 0
+  std::string path;  // names of the groups, and the number of the surface in its part, from 0
   std::string what;
 };
 

@@ -3,7 +3,9 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <unordered_map>
 
+#include "tools/rpk/drawing.h"
 #include "tools/rpk/report/display_text.h"
 #include "tools/rpk/report/placement_text.h"
 
@@ -102,7 +104,42 @@ Json animationsJson(const PackageInfo& info) {
   return list;
 }
 
-Json groupsJson(const PackageInfo& info, const std::vector<std::unique_ptr<Group>>& groups, std::size_t depth) {
+Json exactJson(const ExactSums& sums) {
+  const std::optional<double> excess = sums.meshExcess();
+  return {{"surfaces", sums.surfaces},
+          {"sound", sums.sound},
+          {"area", sums.area},
+          {"mesh_area", sums.meshArea},
+          {"difference_percent", excess ? Json(*excess) : Json(nullptr)}};
+}
+
+Json exactJson(const std::vector<ExactPart>& parts) {
+  const ExactSums sums = sumOf(parts);
+  Json json = exactJson(sums);
+  json["sound_share"] =
+      sums.surfaces == 0 ? Json(nullptr) : Json(static_cast<double>(sums.sound) / static_cast<double>(sums.surfaces));
+  json["unsound"] = Json::array();
+  for (const ExactPart& part : parts) {
+    for (const UnsoundSurface& surface : part.unsound) {
+      json["unsound"].push_back({{"group", part.group ? Json(jsonText(groupPath(*part.group))) : Json(nullptr)},
+                                 {"surface", surface.number},
+                                 {"what", surface.what}});
+    }
+  }
+  return json;
+}
+
+using ExactByHolder = std::unordered_map<const Group*, const ExactPart*>;
+
+ExactByHolder exactByHolder(const PackageInfo& info) {
+  ExactByHolder parts;
+  if (!info.exact) return parts;
+  for (const ExactPart& part : *info.exact) parts.emplace(part.group, &part);
+  return parts;
+}
+
+Json groupsJson(const PackageInfo& info, const ExactByHolder& exact, const std::vector<std::unique_ptr<Group>>& groups,
+                std::size_t depth) {
   Json list = Json::array();
   if (depth == 0) return list;
   for (const auto& group : groups) {
@@ -112,7 +149,10 @@ Json groupsJson(const PackageInfo& info, const std::vector<std::unique_ptr<Group
                  {"placement", matrixJson(group->placement)},
                  {"triangles", info.trianglesAt(*group)}};
     if (const Object* reference = group->reference()) json["source"] = jsonText(reference->source);
-    json["groups"] = groupsJson(info, group->children, depth - 1);
+    const Group* holder = group->materialGroup() ? nullptr : geometryHolder(*group);
+    const auto part = exact.find(holder);
+    if (holder && part != exact.end()) json["exact"] = exactJson(part->second->sums);
+    json["groups"] = groupsJson(info, exact, group->children, depth - 1);
     list.push_back(std::move(json));
   }
   return list;
@@ -151,7 +191,8 @@ nlohmann::ordered_json infoJson(const PackageInfo& info, std::string_view file, 
   json["cameras"] = camerasJson(scene);
   json["materials"] = materialsJson(info);
   json["animations"] = animationsJson(info);
-  json["groups"] = groupsJson(info, scene.groups, depth);
+  if (info.exact) json["exact"] = exactJson(*info.exact);
+  json["groups"] = groupsJson(info, exactByHolder(info), scene.groups, depth);
   json["fault_count"] = scene.faultCount;
   json["faults"] = faultsJson(scene);
   return json;

@@ -126,6 +126,29 @@ class InfoWriter {
     section("animations", info_.counts.animations, table);
   }
 
+  void writeExact() {
+    if (!info_.exact) return;
+    TextTable table({{"part"},
+                     {"times", Align::kRight},
+                     {"surfaces", Align::kRight},
+                     {"sound", Align::kRight},
+                     {"area", Align::kRight},
+                     {"of meshes", Align::kRight},
+                     {"difference", Align::kRight}},
+                    0);
+    const auto add = [&](std::string name, std::string times, const ExactSums& sums) {
+      table.add({std::move(name), std::move(times), grouped(sums.surfaces), grouped(sums.sound), areaText(sums.area),
+                 areaText(sums.meshArea), excessText(sums)});
+    };
+    for (const ExactPart& part : *info_.exact) {
+      add(exactName(part), part.places > 1 ? "x " + grouped(part.places) : "", part.sums);
+    }
+    const ExactSums sums = sumOf(*info_.exact);
+    if (info_.exact->size() > 1) add("all, each once", "", sums);
+    section("exact surfaces", sums.surfaces, table);
+    writeUnsound();
+  }
+
   void writeTree(const TreeOptions& options) {
     if (options.depth == 0) return;
     TextTable table({{"name"},
@@ -172,6 +195,39 @@ class InfoWriter {
       return;
     }
     text += fmt::format("{} ({})\n", title, grouped(count)) + table.text(2, kPageWidth);
+  }
+
+  static std::string exactName(const ExactPart& part) {
+    return part.group ? nameText(part.group->name) : "outside any group";
+  }
+
+  // Areas of models in millimetres have many digits.
+  static std::string areaText(double area) {
+    constexpr double kShort = 1e5;
+    constexpr double kWritable = 1e15;
+    const bool isLong = area >= kShort && area < kWritable;
+    return isLong ? grouped(static_cast<std::uint64_t>(std::llround(area))) : numberText(area);
+  }
+
+  static std::string excessText(const ExactSums& sums) {
+    constexpr double kLeast = 1e-4;
+    const std::optional<double> percent = sums.meshExcess();
+    if (!percent) return {};
+    return std::abs(*percent) < kLeast ? "0 %" : fmt::format("{:+.3g} %", *percent);
+  }
+
+  void writeUnsound() {
+    constexpr std::size_t kMost = 20;
+    TextTable table({{"part"}, {"surface", Align::kRight}, {"what"}}, 0);
+    std::size_t count = 0;
+    for (const ExactPart& part : *info_.exact) {
+      for (const UnsoundSurface& surface : part.unsound) {
+        if (++count <= kMost) table.add({exactName(part), grouped(surface.number), surface.what});
+      }
+    }
+    if (count == 0) return;
+    section("not sound", count, table);
+    if (count > kMost) text += fmt::format("  {} more\n", grouped(count - kMost));
   }
 
   void writeUnits() {
@@ -287,6 +343,7 @@ std::string infoText(const PackageInfo& info, std::string_view file, const TreeO
   writer.writeCameras();
   writer.writeMaterials();
   writer.writeAnimations();
+  writer.writeExact();
   writer.writeTree(options);
   return std::move(writer.text);
 }
