@@ -1,0 +1,33 @@
+// An open file descriptor with one owner.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace standin {
+
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}  // takes it over; -1 for none
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { reset(); }
+
+  int get() const { return number_; }
+  explicit operator bool() const { return number_ >= 0; }
+  void reset() {
+    if (number_ >= 0) close(std::exchange(number_, -1));
+  }
+
+ private:
+  int number_ = -1;
+};
+
+}  // namespace standin

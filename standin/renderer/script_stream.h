@@ -1,0 +1,37 @@
+// The stream that the script of a live scene is written to. It gathers what is written into blocks and sends those;
+// flushing the stream sends nothing.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace standin {
+
+class ScriptStream {
+ public:
+  // Sends a block; false when it cannot, after which nothing more is sent.
+  using Send = std::function<bool(std::string_view block)>;
+
+  explicit ScriptStream(Send send) : send_(std::move(send)) {}
+  ScriptStream(const ScriptStream&) = delete;
+  ScriptStream& operator=(const ScriptStream&) = delete;
+
+  // The stream, to be closed by the caller while this exists; closing sends nothing. Null when there is no memory.
+  std::FILE* open();
+  // Sends what is left. False when this or any block before could not be sent.
+  bool finish();
+  bool failed() const { return failed_; }
+
+ private:
+  void write(std::string_view bytes);
+  void sendBlock();
+
+  Send send_;
+  std::string block_;
+  bool failed_ = false;
+};
+
+}  // namespace standin
