@@ -23,20 +23,9 @@ namespace {
 constexpr std::array<std::string_view, 5> kHiveNames = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE",
                                                         "HKEY_USERS", "HKEY_CURRENT_CONFIG"};
 
-// The hive and the steps of the key, one backslash between them and none at the end.
 std::string fullPath(Hive hive, std::string_view key) {
-  std::string path(hiveName(hive));
-  bool stepBegins = true;
-  for (const char unit : key) {
-    if (unit != '\\' && stepBegins) {
-      path.push_back('\\');
-    }
-    stepBegins = unit == '\\';
-    if (!stepBegins) {
-      path.push_back(unit);
-    }
-  }
-  return path;
+  const std::string below = normalizedKey(key);
+  return std::string(hiveName(hive)) + (below.empty() ? "" : "\\") + below;
 }
 
 void refuseControlCharacters(std::string_view text, const char* what) {
@@ -77,6 +66,22 @@ class LockedFile {
 }  // namespace
 
 std::string_view hiveName(Hive hive) { return kHiveNames.at(static_cast<std::size_t>(hive)); }
+
+std::string normalizedKey(std::string_view key) {
+  std::string path;
+  bool stepBegins = false;
+  for (const char unit : key) {
+    if (unit == '\\') {
+      stepBegins = !path.empty();
+      continue;
+    }
+    if (std::exchange(stepBegins, false)) {
+      path.push_back('\\');
+    }
+    path.push_back(unit);
+  }
+  return path;
+}
 
 std::vector<unsigned char> utf16Bytes(const std::string& utf8) {
   std::vector<unsigned char> bytes;
@@ -119,7 +124,8 @@ std::string foldedCase(std::string_view utf8) {
     if (unit >= L'a' && unit <= L'z') {
       unit -= L'a' - L'A';
     } else if (unit > wchar_t{0x7F} && unicode != nullptr) {
-      unit = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode));
+      const auto upper = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode));
+      unit = upper > wchar_t{0x7F} ? upper : unit;  // Windows keeps look-alikes of ASCII apart
     }
   }
   return utf8FromWide(wide);

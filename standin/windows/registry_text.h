@@ -15,6 +15,9 @@ std::vector<unsigned char> utf16Bytes(const std::string& utf8);
 // UTF-16LE to wide text; a surrogate without its partner stays as it is, an odd last byte is left out.
 std::wstring wideFromUtf16Bytes(const unsigned char* bytes, std::size_t size);
 
+// The steps of a key with one backslash between them and none at the ends.
+std::string normalizedKey(std::string_view key);
+
 // Upper case, which names are compared in; the locale plays no part.
 std::string foldedCase(std::string_view utf8);
 
