@@ -4,18 +4,22 @@
 #include <sys/signalfd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "standin/app/failure.h"
 #include "standin/renderer/client.h"
 #include "standin/renderer/descriptor.h"
+#include "standin/renderer/installation.h"
 #include "standin/renderer/server.h"
 #include "standin/windows/machine_folder.h"
 #include "tools/terminal/suggestion.h"
@@ -27,16 +31,27 @@ struct Arguments {
   ServerOptions server;
   double idle = 0;
   double timeout = 60;
+  std::string pictureFolder;
   int status = 0;
   int quit = 0;
+  bool install = false;
+  bool uninstall = false;
 };
 
+// Options that an installed renderer starts with, as they were given with --install.
+const std::vector<std::string> kInstalledOptions = {"port", "max-script", "max-scenes",
+                                                    "idle", "timeout",    "picture-dir"};
+
 constexpr const char* kExitCodes =
-    "Exit status: 0 done, 2 usage, 4 the renderer cannot serve, or none answers at the port.";
+    "A renderer that is started without arguments takes those that were given with --install, and prints nothing.\n"
+    "Exit status: 0 done, 2 usage, 4 the renderer cannot serve, or none answers at the port, or the registry cannot be "
+    "written.";
 
 void addOptions(CLI::App& app, Arguments& arguments) {
   const CLI::Range ports(1, 65535);
   app.add_option("--port", arguments.server.port, "Listens at this port; without it at a free one")->check(ports);
+  app.add_option("--picture-dir", arguments.pictureFolder,
+                 "Folder for a picture of the scene after each script: scene-0001.png and so on, and latest.png");
   app.add_option("--max-script", arguments.server.maxScript, "Bytes that a script may have")->capture_default_str();
   app.add_option("--max-scenes", arguments.server.maxScripts,
                  "Scripts that may be held at a time; one is held as long as something of it is drawn")
@@ -47,8 +62,19 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--timeout", arguments.timeout, "Closes a connection without progress for so many seconds")
       ->check(CLI::Range(0.1, 1e6))
       ->capture_default_str();
-  app.add_option("--status", arguments.status, "Prints what the renderer at this port holds, as JSON")->check(ports);
-  app.add_option("--quit", arguments.quit, "Has the renderer at this port finish its work and end")->check(ports);
+  const std::vector<CLI::Option*> actions = {
+      app.add_option("--status", arguments.status, "Prints what the renderer at this port holds, as JSON")
+          ->check(ports),
+      app.add_option("--quit", arguments.quit, "Has the renderer at this port finish its work and end")->check(ports),
+      app.add_flag("--install", arguments.install,
+                   "Tells the machine's registry of this renderer, for the plug-in; --port is then also the port for "
+                   "plug-ins that find no renderer on the list"),
+      app.add_flag("--uninstall", arguments.uninstall, "Takes it out of the registry")};
+  for (CLI::Option* action : actions) {
+    for (CLI::Option* other : actions) {
+      if (action != other) action->excludes(other);
+    }
+  }
 }
 
 void rejectExtras(const CLI::App& app) {
@@ -80,6 +106,7 @@ Descriptor stopSignals() {
 void serve(Arguments& arguments) {
   arguments.server.idle = milliseconds(arguments.idle);
   arguments.server.patience = milliseconds(arguments.timeout);
+  arguments.server.pictureFolder = arguments.pictureFolder;
   const Descriptor stop = stopSignals();
   Server server(arguments.server);
   server.announce(machineFolder());
@@ -95,7 +122,37 @@ void leaveTerminal() {
   }
 }
 
-void run(int argumentCount, const char* const* argumentTexts) {
+void installThis(const CLI::App& app, const Arguments& arguments) {
+  Installation installation;
+  installation.program = std::filesystem::read_symlink("/proc/self/exe");
+  const auto folder = findLibraryFolder(installation.program);
+  if (!folder) throw Failure(ExitCode::kOutput, "the live-link library that belongs to this program is not there");
+  installation.libraryFolder = *folder;
+  if (arguments.server.port > 0) installation.port = arguments.server.port;
+  for (const std::string& name : kInstalledOptions) {
+    const CLI::Option* const option = app.get_option("--" + name);
+    if (option->count() > 0) installation.options[name] = option->results().back();
+  }
+  const auto pictures = installation.options.find("picture-dir");
+  if (pictures != installation.options.end()) pictures->second = std::filesystem::absolute(pictures->second).string();
+  changeRegistry(registryFile(), [&](Registry& registry) { install(installation, registry); });
+}
+
+void act(const CLI::App& app, Arguments& arguments) {
+  if (arguments.status > 0) {
+    fmt::print("{}", askStatus(arguments.status));
+  } else if (arguments.quit > 0) {
+    askToQuit(arguments.quit);
+  } else if (arguments.install) {
+    installThis(app, arguments);
+  } else if (arguments.uninstall) {
+    changeRegistry(registryFile(), uninstall);
+  } else {
+    serve(arguments);
+  }
+}
+
+void run(std::vector<std::string> texts) {
   CLI::App app("Stands in for the renderer: takes scenes over the live link and merges them.", "renderer-standin");
   app.footer(kExitCodes);
   app.set_version_flag("--version", std::string("renderer-standin ") + RENDARA_VERSION);
@@ -104,7 +161,8 @@ void run(int argumentCount, const char* const* argumentTexts) {
   Arguments arguments;
   addOptions(app, arguments);
   try {
-    app.parse(argumentCount, argumentTexts);
+    std::reverse(texts.begin(), texts.end());  // as the parser wants it
+    app.parse(std::move(texts));
   } catch (const CLI::Success& text) {
     app.exit(text);
     return;
@@ -113,14 +171,7 @@ void run(int argumentCount, const char* const* argumentTexts) {
     throw Failure(ExitCode::kUsage, error.what());
   }
   rejectExtras(app);
-  if (arguments.status > 0) {
-    fmt::print("{}", askStatus(arguments.status));
-  } else if (arguments.quit > 0) {
-    askToQuit(arguments.quit);
-  } else {
-    if (argumentCount == 1) leaveTerminal();
-    serve(arguments);
-  }
+  act(app, arguments);
 }
 
 int tell(const char* message, ExitCode code) {
@@ -132,7 +183,12 @@ int tell(const char* message, ExitCode code) {
 
 int runRenderer(int argumentCount, const char* const* arguments) {
   try {
-    run(argumentCount, arguments);
+    if (argumentCount > 1) {
+      run({arguments + 1, arguments + argumentCount});
+    } else {
+      leaveTerminal();
+      run(installedArguments(Registry::load(registryFile()), kInstalledOptions));
+    }
   } catch (const Failure& failure) {
     return tell(failure.what(), failure.code());
   } catch (const std::exception& error) {

@@ -24,8 +24,9 @@ std::string SceneKeeper::take(ScriptBytes bytes) {
   return refusal;
 }
 
-std::string SceneKeeper::status(std::size_t pictures) {
+std::string SceneKeeper::status(std::size_t pictures, const std::string& pictureFailure) {
   counts_.pictures = pictures;
+  counts_.pictureFailure = pictureFailure;
   return statusJson(scene_, counts_);
 }
 

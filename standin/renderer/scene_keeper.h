@@ -15,10 +15,9 @@ class SceneKeeper {
 
   // As MergedScene::take, counted; memory that runs out is a reason, too.
   std::string take(ScriptBytes bytes);
-  std::string status(std::size_t pictures);
+  std::string status(std::size_t pictures, const std::string& pictureFailure);
 
   const MergedScene& scene() const { return scene_; }
-  std::size_t taken() const { return counts_.taken; }
 
  private:
   MergedScene scene_;

@@ -108,6 +108,7 @@ std::string statusJson(const MergedScene& scene, const ScriptCounts& counts) {
   status["bytes_last"] = counts.lastBytes;
   status["bytes_all"] = counts.allBytes;
   status["pictures"] = counts.pictures;
+  status["picture_failure"] = counts.pictureFailure.empty() ? Json() : Json(rpk::toUtf8(counts.pictureFailure));
   status["headers"] = texts(scene.head().headers);
   status["modules"] = texts(scene.head().modules);
   status["options"] = Json::object();

@@ -16,6 +16,7 @@ struct ScriptCounts {
   std::uint64_t lastBytes = 0;  // of the last script taken
   std::uint64_t allBytes = 0;   // of all scripts taken
   std::size_t pictures = 0;
+  std::string pictureFailure;  // the last
 };
 
 std::string statusJson(const MergedScene& scene, const ScriptCounts& counts);

@@ -53,9 +53,13 @@ Server::Server(const ServerOptions& options)
       keeper_(options.maxScripts),
       merger_(kMaxConnections) {
   if (!wake_) fail("eventfd");
+  if (!options.pictureFolder.empty()) pictures_.emplace(options.pictureFolder);
 }
 
-Server::~Server() = default;
+// The merger may wait for the pictures.
+Server::~Server() {
+  if (pictures_) pictures_->stop();
+}
 
 void Server::announce(const std::filesystem::path& machineFolder) {
   announcer_.emplace(machineFolder, instanceElement(port_));
@@ -121,21 +125,25 @@ void Server::request(Id id, Connection::Request request) {
     quitters_.push_back(id);
     announcer_.reset();
   } else if (request == Connection::Request::kStatus) {
-    merger_.post([this, id] {
-      std::string json = keeper_.status(0);
-      const bool fits = json.size() <= kMaxStatus;
-      reply(
-          {id, fits ? MessageKind::kStatus : MessageKind::kFailed, fits ? std::move(json) : "the scene is too large"});
-    });
+    merger_.post([this, id] { tellStatus(id); });
   } else {
     // Shared, since a job is copied.
-    auto script = std::make_shared<ScriptBytes>(connections_.at(id).takeScript());
-    merger_.post([this, id, script] {
-      std::string refusal = keeper_.take(std::move(*script));
-      const MessageKind kind = refusal.empty() ? MessageKind::kTaken : MessageKind::kFailed;
-      reply({id, kind, std::move(refusal)});
-    });
+    const auto script = std::make_shared<ScriptBytes>(connections_.at(id).takeScript());
+    merger_.post([this, id, script] { takeScript(id, std::move(*script)); });
   }
+}
+
+void Server::takeScript(Id id, ScriptBytes script) {
+  std::string refusal = keeper_.take(std::move(script));
+  const bool taken = refusal.empty();
+  reply({id, taken ? MessageKind::kTaken : MessageKind::kFailed, std::move(refusal)});
+  if (taken && pictures_) pictures_->add(keeper_.scene());
+}
+
+void Server::tellStatus(Id id) {
+  std::string json = keeper_.status(pictures_ ? pictures_->written() : 0, pictures_ ? pictures_->lastFailure() : "");
+  const bool fits = json.size() <= kMaxStatus;
+  reply({id, fits ? MessageKind::kStatus : MessageKind::kFailed, fits ? std::move(json) : "the scene is too large"});
 }
 
 void Server::reply(Reply reply) {
@@ -162,9 +170,9 @@ void Server::sendReplies() {
   }
 }
 
-// A job leaves its reply before the merger is no longer busy.
+// A job leaves its reply and its picture before the merger is no longer busy.
 bool Server::idle() {
-  if (merger_.busy()) return false;
+  if (merger_.busy() || (pictures_ && pictures_->busy())) return false;
   const std::lock_guard lock(repliesMutex_);
   return replies_.empty();
 }

@@ -18,6 +18,7 @@
 #include "standin/renderer/connection.h"
 #include "standin/renderer/descriptor.h"
 #include "standin/renderer/instance_list.h"
+#include "standin/renderer/picture_writer.h"
 #include "standin/renderer/scene_keeper.h"
 #include "standin/renderer/worker.h"
 
@@ -29,11 +30,12 @@ struct ServerOptions {
   std::size_t maxScripts = 256;      // held at a time
   std::chrono::milliseconds idle{};  // 0: serves for ever
   std::chrono::milliseconds patience{60000};
+  std::filesystem::path pictureFolder;  // empty: no pictures
 };
 
 class Server {
  public:
-  // Listens, on 127.0.0.1 only. Throws std::system_error.
+  // Listens, on 127.0.0.1 only. Throws std::system_error, also when there can be no folder for pictures.
   explicit Server(const ServerOptions& options);
   ~Server();
 
@@ -59,7 +61,9 @@ class Server {
   void accept();
   void handle(Id id, short events);
   void request(Id id, Connection::Request request);
-  void reply(Reply reply);  // from any thread
+  void takeScript(Id id, ScriptBytes script);  // the merger's
+  void tellStatus(Id id);                      // the merger's
+  void reply(Reply reply);                     // from any thread
   void sendReplies();
   void tidy();
   void bidFarewell(Clock::time_point now);
@@ -80,6 +84,7 @@ class Server {
 
   std::mutex repliesMutex_;
   std::vector<Reply> replies_;
+  std::optional<PictureWriter> pictures_;
   SceneKeeper keeper_;  // the merger's
   Worker merger_;       // the last: its thread uses what stands before
 };

@@ -109,8 +109,12 @@ class Collector {
 }  // namespace
 
 PictureModel pictureModel(const Scene& scene, const TextureLoader& loader, PictureSource source) {
+  return pictureModel(placedGroups(scene), loader, source);
+}
+
+PictureModel pictureModel(const std::vector<PlacedGroup>& groups, const TextureLoader& loader, PictureSource source) {
   Collector collector(loader, source);
-  for (const PlacedGroup& placed : placedGroups(scene)) collector.add(placed);
+  for (const PlacedGroup& placed : groups) collector.add(placed);
   return collector.take();
 }
 

@@ -53,5 +53,8 @@ enum class PictureSource { kMeshes, kExactSurfaces };
 // texture coordinates are its parameters. The loader is called once for each path; without one textures are left out.
 PictureModel pictureModel(const Scene& scene, const TextureLoader& loader = {},
                           PictureSource source = PictureSource::kMeshes);
+// The same of groups with their placements, which may be those of several packages.
+PictureModel pictureModel(const std::vector<PlacedGroup>& groups, const TextureLoader& loader = {},
+                          PictureSource source = PictureSource::kMeshes);
 
 }  // namespace rpk
