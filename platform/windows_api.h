@@ -33,8 +33,10 @@ inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD WC_COMPOSITECHECK = 0x00000200;
 inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x00000400;
 
+// NOLINTBEGIN(performance-no-int-to-ptr): numbers that stand for keys
 inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(static_cast<std::intptr_t>(-0x7FFFFFFF));
 inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(static_cast<std::intptr_t>(-0x7FFFFFFE));
+// NOLINTEND(performance-no-int-to-ptr)
 inline constexpr REGSAM KEY_READ = 0x20019;
 inline constexpr REGSAM KEY_WOW64_32KEY = 0x0200;
 inline constexpr DWORD REG_SZ = 1;

@@ -6,7 +6,7 @@
 
 namespace standin {
 
-// A line for every key, process, thread and load of a module that was not given back, in no particular order.
+// A line for every key, process, thread and load of a module that was not given back: keys first, modules last.
 std::vector<std::string> openHandles();
 
 // A line for every misuse since the last call of forgetWindowsMisuse, "operation: what was wrong", without repeats.

@@ -16,7 +16,7 @@ std::filesystem::path pathOfVariable(const char* name) {
 }
 
 std::filesystem::path homeFolder() {
-  const std::filesystem::path home = pathOfVariable("HOME");
+  std::filesystem::path home = pathOfVariable("HOME");
   if (!home.empty()) {
     return home;
   }
@@ -30,14 +30,14 @@ std::filesystem::path homeFolder() {
 }  // namespace
 
 std::filesystem::path machineFolder() {
-  const std::filesystem::path named = pathOfVariable("RENDARA_MACHINE");
+  std::filesystem::path named = pathOfVariable("RENDARA_MACHINE");
   if (named.is_absolute()) {
     return named;
   }
   if (!named.empty()) {
     throw std::runtime_error("RENDARA_MACHINE is not an absolute path: " + named.string());
   }
-  const std::filesystem::path state = pathOfVariable("XDG_STATE_HOME");
+  std::filesystem::path state = pathOfVariable("XDG_STATE_HOME");
   return (state.is_absolute() ? state : homeFolder() / ".local" / "state") / "rendara-standin";
 }
 

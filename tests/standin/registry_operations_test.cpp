@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -14,7 +17,7 @@ namespace {
 constexpr REGSAM kRead = 0x20019;
 constexpr REGSAM kRead32 = 0x20219;
 
-const HKEY kUnknown = reinterpret_cast<HKEY>(0x77);
+const HKEY kUnknown = std::bit_cast<HKEY>(std::uintptr_t{0x77});
 
 using RegistryOperations = OnMachine;
 
@@ -147,25 +150,23 @@ TEST_F(RegistryOperations, DeliverValuesInWideCharactersOfThisProcess) {
 TEST_F(RegistryOperations, TellTheSizeOfWhatDoesNotFit) {
   writeRegistry("[HKEY_CURRENT_USER\\k]\n\"Port\"=dword:04030201\n");
   const HKEY key = opened(HKEY_CURRENT_USER, L"k");
-  const auto data = reinterpret_cast<BYTE*>(-1);  // stands for `room` below
   struct Case {
-    BYTE* data;
+    bool hasData;
     DWORD room;
     LSTATUS status;
     std::vector<BYTE> content;
   };
-  const Case cases[] = {{nullptr, 0, 0, {9, 9, 9, 9, 9}},
-                        {data, 0, 234, {9, 9, 9, 9, 9}},
-                        {data, 3, 234, {9, 9, 9, 9, 9}},
-                        {data, 4, 0, {1, 2, 3, 4, 9}},
-                        {data, 5, 0, {1, 2, 3, 4, 9}}};
+  const Case cases[] = {{false, 0, 0, {9, 9, 9, 9, 9}},
+                        {true, 0, 234, {9, 9, 9, 9, 9}},
+                        {true, 3, 234, {9, 9, 9, 9, 9}},
+                        {true, 4, 0, {1, 2, 3, 4, 9}},
+                        {true, 5, 0, {1, 2, 3, 4, 9}}};
   for (const Case& each : cases) {
     SCOPED_TRACE(each.room);
     std::vector<BYTE> room(5, 9);
     DWORD size = each.room;
     DWORD type = 0;
-    EXPECT_EQ(RegQueryValueExW(key, L"Port", nullptr, &type, each.data != nullptr ? room.data() : nullptr, &size),
-              each.status);
+    EXPECT_EQ(RegQueryValueExW(key, L"Port", nullptr, &type, each.hasData ? room.data() : nullptr, &size), each.status);
     EXPECT_EQ(size, 4u);
     EXPECT_EQ(type, REG_DWORD);
     EXPECT_EQ(room, each.content);

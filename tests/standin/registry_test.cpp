@@ -285,6 +285,15 @@ TEST(RegistryFile, FindsWithoutRegardToCaseAndRemovesWholeKeys) {
   EXPECT_THROW(registry.setNumber(Hive::kUsers, "a", "x\n", 1), std::invalid_argument);
 }
 
+// Ends the process when it fails.
+void changeOften(const std::filesystem::path& file, const std::string& prefix, unsigned changes) noexcept {
+  for (unsigned change = 0; change < changes; ++change) {
+    changeRegistry(file, [&](Registry& registry) {
+      registry.setNumber(Hive::kUsers, "k", prefix + std::to_string(change), change);
+    });
+  }
+}
+
 TEST(RegistryFile, LosesNoChangeOfSeveralProcesses) {
   constexpr unsigned kProcesses = 4;
   constexpr unsigned kChanges = 25;
@@ -292,11 +301,7 @@ TEST(RegistryFile, LosesNoChangeOfSeveralProcesses) {
   const std::filesystem::path file = folder.path() / "machine" / "r.reg";
   for (unsigned process = 0; process < kProcesses; ++process) {
     if (fork() == 0) {
-      for (unsigned change = 0; change < kChanges; ++change) {
-        changeRegistry(file, [&](Registry& registry) {
-          registry.setNumber(Hive::kUsers, "k", std::to_string(process) + "." + std::to_string(change), change);
-        });
-      }
+      changeOften(file, std::to_string(process) + ".", kChanges);
       _exit(0);
     }
   }
