@@ -83,8 +83,10 @@ bool Server::done() {
 }
 
 void Server::wait(int stopDescriptor) {
+  // With no room left, more wait in the system's queue.
+  const bool accepting = quitters_.empty() && connections_.size() < kMaxConnections;
   std::vector<pollfd> entries = {
-      {stopDescriptor, POLLIN, 0}, {wake_.get(), POLLIN, 0}, {quitters_.empty() ? listener_.get() : -1, POLLIN, 0}};
+      {stopDescriptor, POLLIN, 0}, {wake_.get(), POLLIN, 0}, {accepting ? listener_.get() : -1, POLLIN, 0}};
   std::vector<Id> ids;
   for (const auto& [id, connection] : connections_) {
     const auto events = static_cast<short>(connection.wantsToSend() ? POLLIN | POLLOUT : POLLIN);
@@ -103,7 +105,7 @@ void Server::wait(int stopDescriptor) {
 
 void Server::accept() {
   Descriptor peer(accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-  if (!peer || connections_.size() >= kMaxConnections) return;
+  if (!peer) return;
   const int on = 1;
   setsockopt(peer.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   connections_.try_emplace(++lastId_, std::move(peer), Connection::Bounds{options_.maxScript, options_.patience},
