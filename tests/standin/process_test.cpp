@@ -57,8 +57,8 @@ class Processes : public OnMachine {
               "  echo \"process $$\"\n"
               "  echo \"environment $RENDARA_MACHINE\"\n"
               "  echo \"folder $(pwd)\"\n"
-              "  echo \"session $(cut -d' ' -f6 /proc/$$/stat)\"\n"
-              "  echo \"parent $(cut -d' ' -f4 /proc/$$/stat)\"\n"
+              "  echo \"session $(sed 's/.*) //' /proc/$$/stat | cut -d' ' -f4)\"\n"
+              "  echo \"parent $(sed 's/.*) //' /proc/$$/stat | cut -d' ' -f2)\"\n"
               "  grep -E 'SigBlk|SigIgn' /proc/$$/status | tr -d ':\\t' | sed 's/Sig.../& /'\n"
               "  ls -l /proc/$$/fd | sed -n 's/.* -> /open /p'\n"
               "} > \"$RENDARA_MACHINE/partial\"\n"
@@ -118,7 +118,9 @@ TEST_F(Processes, StartWithNothingOfThisOneButStreamsAndEnvironment) {
   EXPECT_EQ(one(lines, "process"), std::to_string(started.process.dwProcessId));
   EXPECT_EQ(one(lines, "environment"), folder().string());
   EXPECT_EQ(one(lines, "folder"), fs::current_path().string());
+  EXPECT_GT(std::stol(one(lines, "session")), 0);
   EXPECT_NE(one(lines, "session"), std::to_string(getsid(0)));
+  EXPECT_GT(std::stol(one(lines, "parent")), 0);
   EXPECT_NE(one(lines, "parent"), std::to_string(getpid()));
   EXPECT_EQ(one(lines, "SigBlk"), "0000000000000000");
   EXPECT_EQ(one(lines, "SigIgn"), "0000000000000000");

@@ -188,6 +188,7 @@ TEST_F(RegistryOperations, PreferTheNodeOf32BitPrograms) {
       "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Vantor]\n\"Bits\"=dword:40\n"
       "[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432Node\\Vantor]\n\"Bits\"=dword:20\n"
       "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Only64]\n\"Bits\"=dword:40\n"
+      "[HKEY_LOCAL_MACHINE\\SOFTWARE\\WOW6432NodeX]\n\"Bits\"=dword:20\n"
       "[HKEY_LOCAL_MACHINE\\SOFTWAREX]\n\"Bits\"=dword:40\n"
       "[HKEY_CURRENT_USER\\SOFTWARE\\Vantor]\n\"Bits\"=dword:40\n"
       "[HKEY_CURRENT_USER\\SOFTWARE\\WOW6432Node\\Vantor]\n\"Bits\"=dword:20\n");
@@ -231,12 +232,12 @@ TEST_F(RegistryOperations, SeeWhatOthersWrote) {
   EXPECT_EQ(RegCloseKey(key), ERROR_SUCCESS);
 }
 
-// A file that was not touched for a while is kept; it is read again as soon as its time or its size changes.
-TEST_F(RegistryOperations, ReadAnOldFileAgainWhenItChanges) {
-  const auto written = [](const char* port, int hoursAgo) {
+// Two files of one stamp are told apart as long as they are new; an old file is kept until its time or size changes.
+TEST_F(RegistryOperations, ReadAFileAgainWhenItChanges) {
+  const auto now = std::filesystem::file_time_type::clock::now();
+  const auto written = [now](const char* port, int hoursAgo) {
     writeRegistry(std::string("[HKEY_CURRENT_USER\\k]\n\"Port\"=dword:") + port + "\n");
-    std::filesystem::last_write_time(registryFile(),
-                                     std::filesystem::file_time_type::clock::now() - std::chrono::hours(hoursAgo));
+    std::filesystem::last_write_time(registryFile(), now - std::chrono::hours(hoursAgo));
   };
   const auto port = [] {
     const HKEY key = opened(HKEY_CURRENT_USER, L"k");
@@ -251,6 +252,10 @@ TEST_F(RegistryOperations, ReadAnOldFileAgainWhenItChanges) {
   EXPECT_EQ(port(), 2);
   written("3", 6);
   EXPECT_EQ(port(), 3);
+  written("4", -1);
+  EXPECT_EQ(port(), 4);
+  written("5", -1);
+  EXPECT_EQ(port(), 5);
 }
 
 TEST_F(RegistryOperations, TakeNarrowPathsInTheSystemCodePage) {

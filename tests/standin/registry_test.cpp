@@ -133,6 +133,7 @@ TEST(RegistryFile, NamesDamagedLinesAndKeepsTheOthers) {
       {"\"a\"=qword:1", 1, "is no value"},
       {"a=\"x\"", 1, "neither a key, a value nor a comment"},
       {"[HKEY_NONE\\x]\n\"a\"=\"x\"\n[HKEY_USERS\\Before]", 1, "\"HKEY_NONE\" is no hive"},
+      {"[HKEY_NONE\\x]\n\"a\"=hex:1,\\\n  2\n[HKEY_USERS\\Before]", 1, "is no hive"},
       {"[HKEY_USERS\\x\n\"a\"=\"x\"\n[HKEY_USERS\\Before]", 1, "no closing bracket"},
       {"[HKEY_USERS\\x] y\n[HKEY_USERS\\Before]", 1, "one too many"},
       {"[-HKEY_USERS\\x]\n\"a\"=\"x\"\n[HKEY_USERS\\Before]", 2, "below no key"},

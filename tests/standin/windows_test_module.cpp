@@ -1,2 +1,4 @@
-// A library that tests load at run time.
-extern "C" __attribute__((visibility("default"))) int windowsTestEntry() { return 42; }
+// A library that tests load at run time; it needs another one.
+#include <unistd.h>
+
+extern "C" __attribute__((visibility("default"))) int windowsTestEntry() { return getpid(); }
