@@ -41,6 +41,14 @@ struct Session::Impl {
   std::unordered_set<const void*> livePicks;
   std::unordered_set<const void*> liveContours, liveEdges;  // of the visits that run
   void* pickArray = nullptr;
+  // The session's own: picks end with the next selection, and handles to them are then unknown.
+  void forgetPicks() {
+    if (pickArray != nullptr) {
+      allocations.release(pickArray, AllocationKind::array);
+      pickArray = nullptr;
+    }
+    livePicks.clear();
+  }
   std::map<std::filesystem::path, MessageFile> messageFiles;
 
   // The clock: what the running stretch of time belongs to, null while no command runs.

@@ -31,16 +31,6 @@ bool isSelectionOption(const std::string& option) {
   return true;
 }
 
-// The earlier picks end with a new selection; handles to them are then unknown.
-void forgetPicks(Operation& operation) {
-  Session::Impl& impl = operation.impl();
-  if (impl.pickArray != nullptr) {
-    operation.allocations().release(impl.pickArray, AllocationKind::array);
-    impl.pickArray = nullptr;
-  }
-  impl.livePicks.clear();
-}
-
 std::wstring textOrNone(const wchar_t* text) { return text != nullptr ? std::wstring(text) : std::wstring(); }
 
 }  // namespace
@@ -58,7 +48,7 @@ ProError ProSelect(char option[], int max_count, ProSelection* /*p_in_sel*/, Pro
   Session& session = operation.session();
   if (session.current == nullptr) return PRO_TK_BAD_CONTEXT;
   ++session.selectionsAsked;
-  forgetPicks(operation);
+  operation.impl().forgetPicks();
   if (session.selectionAnswers.empty()) return PRO_TK_USER_ABORT;
   const standin::SelectionAnswer answer = session.selectionAnswers.front();
   session.selectionAnswers.pop_front();

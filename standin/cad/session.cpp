@@ -164,6 +164,7 @@ void Session::reportMisuse(const std::string& operation, const std::string& what
 
 void Session::finish() {
   misuse();
+  impl_->forgetPicks();
   std::vector<std::string> lines = impl_->allocations.leaks();
   for (const auto& [name, dialog] : impl_->dialogs) {
     lines.push_back("ProUIDialogCreate: the dialog \"" + name + "\" was never destroyed");

@@ -127,6 +127,41 @@ TEST_F(LiveScene, UpdateSendsWhatChangedSinceItWasSent) {
   EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt()gear.prt(*))") << "a new path";
 }
 
+// A renderer knows a component by its group's name and number only.
+TEST_F(LiveScene, AComponentWhoseGroupBecomesAnotherIsSentAnew) {
+  Model& pair = addAssembly(session, L"pair");
+  pair.addComponent(unit, standin::kIdentity);
+  pair.addComponent(unit, standin::kIdentity);
+  openModel(session, pair);
+  render();
+  EXPECT_EQ(tree(), "pair(unit.asm(gear.prt(*)gear.prt(@))unit.asm(gear.prt(@)gear.prt(@)))");
+  unit.features.front().status = PRO_FEAT_SUPPRESSED;
+  EXPECT_EQ(updatedTree(), "pair(unit.asm(gear.prt(*))unit.asm(gear.prt(@)))") << "the second gears are now the first";
+  EXPECT_EQ(updatedTree(), "pair(unit.asm(gear.prt())unit.asm(gear.prt()))");
+  unit.features.front().status = PRO_FEAT_ACTIVE;
+  EXPECT_EQ(updatedTree(), "pair(unit.asm(gear.prt(*)gear.prt(@))unit.asm(gear.prt(@)gear.prt(@)))");
+  pair.features.front().status = PRO_FEAT_SUPPRESSED;
+  EXPECT_EQ(updatedTree(), "pair(unit.asm(gear.prt(*)gear.prt(@)))") << "all below a moved group";
+  session.renameModel(gear, L"wheel");
+  EXPECT_EQ(updatedTree(), "pair(unit.asm(wheel.prt(*)wheel.prt(@)))");
+  session.renameModel(pair, L"couple");
+  EXPECT_EQ(updatedTree(), "couple(unit.asm(wheel.prt(*)wheel.prt(@)))");
+}
+
+// Without a group in the scene the renderer drops what it had.
+TEST_F(LiveScene, APartThatHadNoGroupIsSentAnew) {
+  render();
+  for (standin::Surface& surface : shaft.surfaces) {
+    surface.inactive = true;
+  }
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt()))");
+  for (standin::Surface& surface : shaft.surfaces) {
+    surface.inactive = false;
+  }
+  EXPECT_EQ(updatedTree(), "top(unit.asm(gear.prt()gear.prt())shaft.prt(*))");
+  EXPECT_EQ(updatedTree(), nothing);
+}
+
 TEST_F(LiveScene, SettingsThatChangeTheMeshMakeEverythingChanged) {
   render();
   plugin().settings.tessellationQuality = 0.5;
