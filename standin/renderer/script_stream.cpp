@@ -8,6 +8,8 @@ namespace standin {
 namespace {
 
 constexpr std::size_t kBlock = 65536;
+// So that the renderer sees a slow script grow.
+constexpr std::chrono::seconds kLongestWait{5};
 
 }  // namespace
 
@@ -29,11 +31,13 @@ void ScriptStream::write(std::string_view bytes) {
     bytes.remove_prefix(count);
     if (block_.size() == kBlock) sendBlock();
   }
+  if (!block_.empty() && std::chrono::steady_clock::now() - lastSent_ > kLongestWait) sendBlock();
 }
 
 void ScriptStream::sendBlock() {
   failed_ = failed_ || !send_(block_);
   block_.clear();
+  lastSent_ = std::chrono::steady_clock::now();
 }
 
 bool ScriptStream::finish() {

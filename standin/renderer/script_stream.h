@@ -1,7 +1,8 @@
-// The stream that the script of a live scene is written to. It gathers what is written into blocks and sends those;
-// flushing the stream sends nothing.
+// The stream that the script of a live scene is written to. It gathers what is written into blocks and sends those, a
+// part of one only when nothing was sent for some seconds; flushing the stream sends nothing.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <functional>
@@ -31,6 +32,7 @@ class ScriptStream {
 
   Send send_;
   std::string block_;
+  std::chrono::steady_clock::time_point lastSent_ = std::chrono::steady_clock::now();
   bool failed_ = false;
 };
 

@@ -118,7 +118,6 @@ void Server::handle(Id id, short events) {
   if ((events & POLLOUT) != 0) connection.send(now);
   if ((events & ~POLLOUT) == 0) return;
   const Connection::Request asked = connection.receive(now);
-  if (connection.greeted()) activity_ = now;
   if (asked != Connection::Request::kNone) request(id, asked);
 }
 
@@ -190,7 +189,11 @@ void Server::bidFarewell(Clock::time_point now) {
 void Server::tidy() {
   const auto now = Clock::now();
   if (!quitters_.empty() && !farewell_ && idle()) bidFarewell(now);
-  for (auto& [id, connection] : connections_) connection.keepAlive(now);
+  for (auto& [id, connection] : connections_) {
+    connection.keepAlive(now);
+    // A peer may take its time between two parts of a script.
+    if (connection.greeted()) activity_ = now;
+  }
   std::erase_if(connections_, [now](const auto& entry) { return entry.second.over(now); });
 }
 

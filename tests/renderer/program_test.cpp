@@ -120,8 +120,16 @@ TEST(RendererProgram, DrawsTheSceneAfterEachScript) {
 
 TEST(RendererProgram, EndsWhenItIsIdleOrToldTo) {
   const Machine machine;
-  Renderer idle({"--idle", "0.5"});
-  EXPECT_EQ(idle.process().wait(), 0);
+  {
+    Renderer idle({"--idle", "0.5"});
+    const LoadedLibrary library;
+    rendara::vntScene_api* const scene = library->createScene();
+    ASSERT_TRUE(connect(*scene, idle.port()));
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    writeScene(*scene, "top");
+    EXPECT_TRUE(scene->endScene()) << "an open link is no idleness";
+    EXPECT_EQ(idle.process().wait(), 0);
+  }
   for (const int signal : {SIGTERM, SIGINT}) {
     Renderer told;
     told.process().signal(signal);
