@@ -76,6 +76,7 @@ TEST(InstanceList, AnnouncersAndReadersDoNotHarmEachOther) {
   const InstanceList list(machine.path());
   std::vector<std::thread> threads;
   std::vector<int> lost(2, 0);
+  threads.reserve(lost.size());
   for (int& count : lost) {
     threads.emplace_back([&] {
       for (int round = 0; round < 300; ++round) {

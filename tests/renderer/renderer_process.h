@@ -43,6 +43,7 @@ class Process {
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     arguments.insert(arguments.begin(), kProgram);
     std::vector<char*> texts;
+    texts.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) texts.push_back(argument.data());
     texts.push_back(nullptr);
     id_ = fork();
