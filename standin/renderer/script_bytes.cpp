@@ -15,7 +15,10 @@ namespace {
 
 Descriptor namelessFile() {
   std::error_code error;
-  std::string pattern = (std::filesystem::temp_directory_path(error) / "rendara-script-XXXXXX").string();
+  const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+  if (Descriptor file(open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600)); file) return file;
+  // Not every file system knows files that never have a name.
+  std::string pattern = (folder / "rendara-script-XXXXXX").string();
   Descriptor file(mkostemp(pattern.data(), O_CLOEXEC));
   if (file) unlink(pattern.c_str());
   return file;
