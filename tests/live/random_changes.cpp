@@ -141,6 +141,10 @@ std::string RandomChanges::replace() {
     return "replace nothing";
   }
   place.feature->component = other.feature->component;
+  if (place.feature->appearance) {
+    place.feature->appearance.reset();
+    session_.touch(*place.feature->component);
+  }
   session_.touch(*place.owner);
   return "replace by " + standin::displayName(*other.feature->component);
 }
