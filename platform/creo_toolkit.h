@@ -32,15 +32,23 @@
 #include <ProSurface.h>
 #include <ProSurfacedata.h>
 #include <ProTessellation.h>
+#include <ProUICheckbutton.h>
 #include <ProUICmd.h>
 #include <ProUIDialog.h>
+#include <ProUIInputpanel.h>
 #include <ProUILabel.h>
+#include <ProUILayout.h>
 #include <ProUIPushbutton.h>
+#include <ProUIRadiogroup.h>
+#include <ProUISeparator.h>
+#include <ProUISlider.h>
+#include <ProUISpinbox.h>
 #include <ProUtil.h>
 #include <ProView.h>
 #include <ProWstring.h>
 #else
 #include "platform/creo/appearance.h"
+#include "platform/creo/dialog.h"
 #include "platform/creo/geometry.h"
 #include "platform/creo/interaction.h"
 #include "platform/creo/interface_data.h"

@@ -77,6 +77,8 @@ UINT GetACP();
 BOOL IsDBCSLeadByte(unsigned char byte);
 
 std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode);
+// 0, or an error number with a null stream.
+int _wfopen_s(std::FILE** stream, const wchar_t* path, const wchar_t* mode);
 
 // The registry. Results are ERROR_SUCCESS or an error number; a key that was opened is closed by its user. Key paths
 // have backslashes; names are compared without regard to case.

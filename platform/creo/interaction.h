@@ -1,4 +1,4 @@
-// What meets the user: commands, selection, file choice, messages, dialogs.
+// What meets the user: commands, selection, file choice, messages. Dialogs have a header of their own.
 #pragma once
 
 #include "platform/creo/types.h"
@@ -33,37 +33,16 @@ ProError ProSelect(char option[], int max_count, ProSelection* p_in_sel, ProSelF
                    ProSelectionEnv sel_env, ProSelAppAction* appl_act_data, ProSelection** p_sel_array, int* p_n_sels);
 ProError ProSelectionAsmcomppathGet(ProSelection selection, ProAsmcomppath* p_cmp_path);
 
+// Both give PRO_TK_USER_ABORT when the user cancels.
+ProError ProFileOpen(wchar_t* dialog_label, wchar_t* filter_string, ProPath* shortcut_path_arr,
+                     ProName* shortcut_name_arr, ProPath default_path, ProFileName pre_sel_file_name,
+                     ProPath r_selected_file);
 ProError ProFileSave(wchar_t* dialog_label, wchar_t* filter_string, ProPath* shortcut_path_arr,
                      ProName* shortcut_name_arr, ProPath default_path, ProFileName pre_sel_file_name,
                      ProPath r_selected_file);
 
 // The text of a key of a message file, formatted into the buffer (PRO_LINE_SIZE wide characters).
 ProError ProMessageToBuffer(wchar_t* buffer, ProFileName filename, char* message_name, ...);
-
-typedef struct pro_ui_grid_opts {
-  int column;
-  int row;
-  int horz_cells;
-  int vert_cells;
-  ProBoolean attach_bottom;
-  ProBoolean attach_left;
-  ProBoolean attach_right;
-  ProBoolean attach_top;
-} ProUIGridopts;
-
-typedef void (*ProUIAction)(char* dialog, char* component, ProAppData app_data);
-
-ProError ProUIDialogCreate(char* dialog_name, char* resource_name);
-// Runs the dialog until it is exited, and gives the status that it was exited with.
-ProError ProUIDialogActivate(char* dialog_name, int* p_return_value);
-ProError ProUIDialogExit(char* dialog_name, int return_value);
-ProError ProUIDialogDestroy(char* dialog_name);
-ProError ProUIDialogLabelAdd(char* dialog_name, char* label_name, ProUIGridopts* p_grid_options);
-ProError ProUIDialogPushbuttonAdd(char* dialog_name, char* button_name, ProUIGridopts* p_grid_options);
-ProError ProUILabelTextSet(char* dialog_name, char* label_name, wchar_t* text);
-ProError ProUIPushbuttonTextSet(char* dialog_name, char* button_name, wchar_t* text);
-ProError ProUIPushbuttonActivateActionSet(char* dialog_name, char* button_name, ProUIAction action,
-                                          ProAppData app_data);
 
 #ifdef __cplusplus
 }
