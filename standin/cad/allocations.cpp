@@ -16,6 +16,10 @@ const char* nameOf(AllocationKind kind, bool several) {
     case AllocationKind::array:
     case AllocationKind::ownedArray:
       return several ? "arrays" : "array";
+    case AllocationKind::stringArray:
+      return several ? "string arrays" : "string array";
+    case AllocationKind::text:
+      return several ? "texts" : "text";
     case AllocationKind::tessellation:
       return several ? "tessellations" : "tessellation";
     case AllocationKind::tessellationInput:
@@ -58,10 +62,13 @@ void* Allocations::addArray(const char* operation, std::size_t elementSize, std:
 }
 
 const std::size_t* Allocations::arraySize(const void* array) const {
-  const auto found = live_.find(array);
-  const bool isArray = found != live_.end() && (found->second.kind == AllocationKind::array ||
-                                                found->second.kind == AllocationKind::ownedArray);
-  return isArray ? &found->second.count : nullptr;
+  const std::size_t* size = count(array, AllocationKind::array);
+  return size != nullptr ? size : count(array, AllocationKind::ownedArray);
+}
+
+const std::size_t* Allocations::count(const void* memory, AllocationKind kind) const {
+  const auto found = live_.find(memory);
+  return found != live_.end() && found->second.kind == kind ? &found->second.count : nullptr;
 }
 
 bool Allocations::isLive(const void* memory, AllocationKind kind) const {

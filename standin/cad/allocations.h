@@ -10,7 +10,9 @@ namespace standin {
 
 enum class AllocationKind {
   array,
-  ownedArray,  // belongs to another allocation, which frees it
+  ownedArray,   // belongs to another allocation, which frees it
+  stringArray,  // and its strings, which are owned arrays
+  text,
   tessellation,
   tessellationInput,
   representationData,
@@ -31,6 +33,8 @@ class Allocations {
                  AllocationKind kind = AllocationKind::array);
   // The number of elements of a live array, none when the pointer is not one.
   const std::size_t* arraySize(const void* array) const;
+  // The number of elements of a live allocation of the kind, none when there is none at the address.
+  const std::size_t* count(const void* memory, AllocationKind kind) const;
 
   // Takes over an object that operator new made.
   template <typename Object>

@@ -97,9 +97,9 @@ class Operation {
 
   // An array for the plug-in, ending at a guard page if the session wants that.
   template <typename Element>
-  Element* newArray(std::size_t count) {
+  Element* newArray(std::size_t count, AllocationKind kind = AllocationKind::array) {
     // NOLINTNEXTLINE(bugprone-sizeof-expression): an element may be a handle
-    return static_cast<Element*>(allocations().addArray(name_, sizeof(Element), count, session_->guardArrays));
+    return static_cast<Element*>(allocations().addArray(name_, sizeof(Element), count, session_->guardArrays, kind));
   }
   // The object behind a handle that an allocating operation gave out; null, with the misuse noted, when it is none.
   template <typename Object>

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "standin/cad/operation.h"
 #include "standin/windows/code_page.h"
@@ -32,6 +33,21 @@ bool isSelectionOption(const std::string& option) {
 }
 
 std::wstring textOrNone(const wchar_t* text) { return text != nullptr ? std::wstring(text) : std::wstring(); }
+
+// A file dialog: the request is kept, the next answer taken.
+ProError chooseFile(standin::FileRequest request, std::vector<standin::FileRequest>& requests,
+                    std::deque<standin::FileAnswer>& answers, wchar_t* selected) {
+  if (selected == nullptr) return PRO_TK_BAD_INPUTS;
+  requests.push_back(std::move(request));
+  if (answers.empty()) return PRO_TK_USER_ABORT;
+  const standin::FileAnswer answer = answers.front();
+  answers.pop_front();
+  if (!answer) return PRO_TK_USER_ABORT;
+  const std::wstring path = standin::wideFromUtf8(answer->string());
+  if (path.size() >= PRO_PATH_SIZE) return PRO_TK_LINE_TOO_LONG;
+  standin::copyText(path, selected, PRO_PATH_SIZE);
+  return PRO_TK_NO_ERROR;
+}
 
 }  // namespace
 
@@ -84,22 +100,25 @@ ProError ProSelectionAsmcomppathGet(ProSelection selection, ProAsmcomppath* p_cm
   return PRO_TK_NO_ERROR;
 }
 
+ProError ProFileOpen(wchar_t* dialog_label, wchar_t* filter_string, ProPath* /*shortcut_path_arr*/,
+                     ProName* /*shortcut_name_arr*/, ProPath default_path, ProFileName pre_sel_file_name,
+                     ProPath r_selected_file) {
+  Operation operation("ProFileOpen");
+  if (!operation) return PRO_TK_BAD_CONTEXT;
+  Session& session = operation.session();
+  return chooseFile(
+      {textOrNone(dialog_label), textOrNone(filter_string), textOrNone(default_path), textOrNone(pre_sel_file_name)},
+      session.openRequests, session.openAnswers, r_selected_file);
+}
+
 ProError ProFileSave(wchar_t* dialog_label, wchar_t* filter_string, ProPath* /*shortcut_path_arr*/,
                      ProName* /*shortcut_name_arr*/, ProPath default_path, ProFileName pre_sel_file_name,
                      ProPath r_selected_file) {
   Operation operation("ProFileSave");
   if (!operation) return PRO_TK_BAD_CONTEXT;
-  if (r_selected_file == nullptr) return PRO_TK_BAD_INPUTS;
   Session& session = operation.session();
-  session.fileRequests.push_back(
-      {textOrNone(dialog_label), textOrNone(filter_string), textOrNone(default_path), textOrNone(pre_sel_file_name)});
-  if (session.fileAnswers.empty()) return PRO_TK_USER_ABORT;
-  const standin::FileAnswer answer = session.fileAnswers.front();
-  session.fileAnswers.pop_front();
-  if (!answer) return PRO_TK_USER_ABORT;
-  const std::wstring path = standin::wideFromUtf8(answer->string());
-  if (path.size() >= PRO_PATH_SIZE) return PRO_TK_LINE_TOO_LONG;
-  standin::copyText(path, r_selected_file, PRO_PATH_SIZE);
-  return PRO_TK_NO_ERROR;
+  return chooseFile(
+      {textOrNone(dialog_label), textOrNone(filter_string), textOrNone(default_path), textOrNone(pre_sel_file_name)},
+      session.fileRequests, session.fileAnswers, r_selected_file);
 }
 }

@@ -176,21 +176,6 @@ void Session::finish() {
   }
 }
 
-bool Session::press(Dialog& dialog, const std::string& component) {
-  const auto found = std::find_if(dialog.widgets.begin(), dialog.widgets.end(),
-                                  [&](const Widget& widget) { return widget.name == component; });
-  if (found == dialog.widgets.end() || found->activate == nullptr) {
-    return false;
-  }
-  // The action gets texts that it may change, as the host's are.
-  std::string dialogName = dialog.name;
-  std::string componentName = found->name;
-  RunClock::Duration* const before = impl_->stretch != nullptr ? impl_->enter(&clock.plugin) : nullptr;
-  found->activate(dialogName.data(), componentName.data(), found->data);
-  if (before != nullptr) {
-    impl_->enter(before);
-  }
-  return true;
-}
+bool Session::press(Dialog& dialog, const std::string& component) { return userPress(dialog, component).empty(); }
 
 }  // namespace standin

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "standin/cad/dialog.h"
 #include "standin/cad/model.h"
 
 namespace standin {
@@ -45,21 +46,6 @@ struct FileRequest {
 // The answer to the next selection: the component paths of the picks (an empty path is the top model), or nothing
 // for a cancel.
 using SelectionAnswer = std::optional<std::vector<std::vector<int>>>;
-
-// A dialog of the session: components in the order of their creation.
-struct Widget {
-  std::string kind, name;
-  std::wstring text;
-  int column = 0, row = 0;
-  ProUIAction activate = nullptr;
-  ProAppData data = nullptr;
-};
-struct Dialog {
-  std::string name;
-  std::deque<Widget> widgets;
-  bool active = false;
-  std::optional<int> exitStatus;
-};
 
 // Where the time of all commands run so far went. Whatever is spent outside the toolkit's operations while a command
 // runs is the plug-in's own.
@@ -106,18 +92,20 @@ class Session {
   bool guardArrays = true;              // arrays end at a page that may not be read; off for measurements
 
   // The user's answers. When a dialog is opened without one, it counts as cancelled.
-  std::deque<FileAnswer> fileAnswers;
+  std::deque<FileAnswer> fileAnswers;  // where to save
+  std::deque<FileAnswer> openAnswers;  // what to open
   std::deque<SelectionAnswer> selectionAnswers;
   // The name of the representation to choose, empty for the master one; nothing cancels.
   std::deque<std::optional<std::wstring>> representationAnswers;
-  // Called while a dialog is active, and must end it by press() or ProUIDialogExit; when it is empty, the dialog's
-  // first push button is pressed. A dialog that is left open by this counts as misuse and is ended.
+  // Called while a dialog is active, and must end it by userPress() or ProUIDialogExit; when it is empty, the dialog's
+  // default button is pressed. A dialog that is left open by this counts as misuse and is ended.
   std::function<void(Dialog&)> onDialog;
-  // Runs what a component's activation does; false when the dialog has no such component or it does nothing.
+  // userPress() as a yes or no.
   bool press(Dialog& dialog, const std::string& component);
 
   // What was asked of the user.
-  std::vector<FileRequest> fileRequests;
+  std::vector<FileRequest> fileRequests;  // to save
+  std::vector<FileRequest> openRequests;
   std::vector<std::string> dialogsShown;
   int selectionsAsked = 0, representationsAsked = 0;
 

@@ -155,3 +155,9 @@ extern "C" std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode) {
   return (open.flags & O_ACCMODE) == O_RDONLY ? std::fopen(narrowPath.c_str(), "re")
                                               : standin::openWritten(narrowPath, open);
 }
+
+extern "C" int _wfopen_s(std::FILE** stream, const wchar_t* path, const wchar_t* mode) {
+  if (stream == nullptr) return EINVAL;
+  *stream = _wfopen(path, mode);
+  return *stream != nullptr ? 0 : errno;
+}
