@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "benchmarks/generated_assembly.h"
 #include "standin/app/plugin_host.h"
 #include "standin/cad/session.h"
 #include "standin/step/product_structure.h"
@@ -28,6 +29,9 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using benchmarks::generateAssembly;
+using benchmarks::generateParts;
+using benchmarks::kDistinctParts;
 using rendara::testing::WorkingFolder;
 using standin::Model;
 using standin::Session;
@@ -212,65 +216,6 @@ void exactSurfaceCost(benchmark::State& state, const std::filesystem::path& mode
   state.counters["share_of_step"] = own / step;
   state.counters["times_as_long"] = with.whole / without.whole;
   state.counters["times_as_large"] = with.bytes / without.bytes;
-}
-
-// The same square for every surface.
-class SquareMesher : public standin::PartMesher {
- public:
-  SquareMesher() : mesh_(std::make_shared<standin::SurfaceMesh>()) {
-    mesh_->vertices = {{0, 0, 0}, {8, 0, 0}, {8, 8, 0}, {0, 8, 0}};
-    mesh_->normals.assign(4, {0, 0, 1});
-    mesh_->params = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
-    mesh_->facets = {{0, 1, 2}, {0, 2, 3}};
-  }
-  std::shared_ptr<const standin::SurfaceMesh> mesh(std::size_t, double, std::string&) override { return mesh_; }
-
- private:
-  std::shared_ptr<standin::SurfaceMesh> mesh_;
-};
-
-constexpr int kDistinctParts = 50;
-
-std::vector<Model*> generateParts(Session& session) {
-  const auto mesher = std::make_shared<SquareMesher>();
-  std::vector<Model*> parts;
-  for (int part = 0; part < kDistinctParts; ++part) {
-    Model& model = session.addModel(PRO_MDL_PART, L"part_" + std::to_wstring(part));
-    const int feature = model.addFeature(917).id;
-    for (int surface = 0; surface < 6; ++surface) {
-      model.addSurface(feature);
-    }
-    model.mesher = mesher;
-    model.outline = {{{0, 0, 0}, {8, 8, 8}}};
-    parts.push_back(&model);
-  }
-  return parts;
-}
-
-// An assembly three levels deep: groups of groups of placed parts.
-Model& generateAssembly(Session& session, const std::vector<Model*>& parts, int placements) {
-  constexpr int kPerUnit = 50;
-  constexpr int kUnitsPerGroup = 20;
-  Model& top = session.addModel(PRO_MDL_ASSEMBLY, L"generated");
-  Model* group = nullptr;
-  Model* unit = nullptr;
-  for (int placed = 0; placed < placements; ++placed) {
-    const auto place = [&](double step) {
-      standin::Matrix matrix = standin::kIdentity;
-      matrix[12] = step;
-      return matrix;
-    };
-    if (placed % (kPerUnit * kUnitsPerGroup) == 0) {
-      group = &session.addModel(PRO_MDL_ASSEMBLY, L"group_" + std::to_wstring(placed));
-      top.addComponent(*group, place(placed));
-    }
-    if (placed % kPerUnit == 0) {
-      unit = &session.addModel(PRO_MDL_ASSEMBLY, L"unit_" + std::to_wstring(placed));
-      group->addComponent(*unit, place(placed));
-    }
-    unit->addComponent(*parts[static_cast<std::size_t>(placed % kDistinctParts)], place(placed));
-  }
-  return top;
 }
 
 // The process's peak of resident memory since it was last forgotten, in bytes.

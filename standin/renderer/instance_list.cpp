@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <string_view>
 #include <system_error>
@@ -116,13 +117,25 @@ InstanceAnnouncer::~InstanceAnnouncer() { unlink(file_.c_str()); }
 
 InstanceList::InstanceList(const fs::path& machineFolder) : folder_(machineFolder / kFolder) {}
 
+std::vector<int> InstanceList::ports() const {
+  constexpr std::string_view kTag = "<livelink_port>";
+  const std::string all = text();
+  std::vector<int> found;
+  for (std::size_t at = all.find(kTag); at != std::string::npos; at = all.find(kTag, at + 1)) {
+    int port = 0;
+    const char* const begin = all.data() + at + kTag.size();
+    if (std::from_chars(begin, all.data() + all.size(), port).ec == std::errc()) found.push_back(port);
+  }
+  return found;
+}
+
 std::string InstanceList::text() const {
   std::string elements;
   for (const fs::path& path : filesOf(folder_)) {
     const Descriptor file = openHeld(path);
     if (!file || path.extension() != kExtension) continue;
     const std::string element = readText(file, kMaxText);
-    if (elements.size() + element.size() > kMaxText) break;
+    if (elements.size() + element.size() > kMaxText) continue;
     elements += element;
   }
   return "<rendara_instances>\n" + elements + "</rendara_instances>\n";

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "standin/renderer/descriptor.h"
 
@@ -32,7 +33,7 @@ class InstanceAnnouncer {
 
 class InstanceList {
  public:
-  // More than so many bytes in all are left out, from the first file on that does not fit.
+  // Of more than so many bytes in all, files that do not fit any more are left out.
   static constexpr std::size_t kMaxText = std::size_t{4} << 20;
 
   explicit InstanceList(const std::filesystem::path& machineFolder);
@@ -40,6 +41,8 @@ class InstanceList {
   // What the renderers that run say of themselves, as it stands up to a zero byte, in a `rendara_instances` element.
   // Deletes the files of those that are gone. What cannot be read is no renderer.
   std::string text() const;
+  // The ports that they name, in no particular order.
+  std::vector<int> ports() const;
 
  private:
   std::filesystem::path folder_;

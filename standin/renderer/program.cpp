@@ -20,6 +20,7 @@
 #include "standin/renderer/client.h"
 #include "standin/renderer/descriptor.h"
 #include "standin/renderer/installation.h"
+#include "standin/renderer/instance_list.h"
 #include "standin/renderer/server.h"
 #include "standin/windows/machine_folder.h"
 #include "tools/terminal/suggestion.h"
@@ -34,6 +35,7 @@ struct Arguments {
   std::string pictureFolder;
   int status = 0;
   int quit = 0;
+  bool list = false;
   bool install = false;
   bool uninstall = false;
 };
@@ -66,6 +68,7 @@ void addOptions(CLI::App& app, Arguments& arguments) {
       app.add_option("--status", arguments.status, "Prints what the renderer at this port holds, as JSON")
           ->check(ports),
       app.add_option("--quit", arguments.quit, "Has the renderer at this port finish its work and end")->check(ports),
+      app.add_flag("--list", arguments.list, "Prints the ports of the renderers that run, one a line"),
       app.add_flag("--install", arguments.install,
                    "Tells the machine's registry of this renderer, for the plug-in; --port is then also the port for "
                    "plug-ins that find no renderer on the list"),
@@ -143,6 +146,8 @@ void act(const CLI::App& app, Arguments& arguments) {
     fmt::print("{}", askStatus(arguments.status));
   } else if (arguments.quit > 0) {
     askToQuit(arguments.quit);
+  } else if (arguments.list) {
+    for (const int port : InstanceList(machineFolder()).ports()) fmt::print("{}\n", port);
   } else if (arguments.install) {
     installThis(app, arguments);
   } else if (arguments.uninstall) {

@@ -67,7 +67,9 @@ TEST(InstanceList, BoundsWhatItTakes) {
   const TemporaryFolder machine;
   const InstanceAnnouncer first(machine.path(), std::string("<a/>\0<b/>\n", 10));
   const InstanceAnnouncer second(machine.path(), std::string(InstanceList::kMaxText, 'x'));
-  EXPECT_EQ(InstanceList(machine.path()).text(), "<rendara_instances>\n<a/></rendara_instances>\n");
+  const InstanceAnnouncer third(machine.path(), "<c/>\n");
+  EXPECT_EQ(InstanceList(machine.path()).text(), "<rendara_instances>\n<a/><c/>\n</rendara_instances>\n")
+      << "what is too long hides nobody behind it";
 }
 
 // Readers that come while a file is made may delete it; the announcer makes another.

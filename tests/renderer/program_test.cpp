@@ -130,8 +130,11 @@ TEST(RendererProgram, EndsWhenItIsIdleOrToldTo) {
     EXPECT_TRUE(scene->endScene()) << "an open link is no idleness";
     EXPECT_EQ(idle.process().wait(), 0);
   }
+  std::string ports;
   for (const int signal : {SIGTERM, SIGINT}) {
     Renderer told;
+    EXPECT_EQ(run({"--list"}, &ports), 0);
+    EXPECT_EQ(ports, std::to_string(told.port()) + "\n");
     told.process().signal(signal);
     EXPECT_EQ(told.process().wait(), 0);
   }
