@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/rpk/damage.h"
+#include "tests/rpk/exact_model.h"
 #include "tests/rpk/package_text.h"
 #include "tools/rpk/exact/exact_check.h"
 #include "tools/rpk/exact/exact_mesh.h"
@@ -17,29 +18,14 @@
 namespace rpk {
 namespace {
 
+using rpk_test::circleCurve;
+using rpk_test::rectangleLoop;
+
 constexpr double kPi = std::numbers::pi;
-
-NurbsCurve line(double u0, double v0, double u1, double v1) { return {1, {0, 0, 1, 1}, {{u0, v0, 1}, {u1, v1, 1}}}; }
-
-// A circle as four rational arcs.
-NurbsCurve circle(double u, double v, double radius) {
-  const double weight = std::sqrt(0.5);
-  NurbsCurve curve{2, {0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 4}, {}};
-  constexpr int kX[9] = {1, 1, 0, -1, -1, -1, 0, 1, 1};
-  constexpr int kY[9] = {0, 1, 1, 1, 0, -1, -1, -1, 0};
-  for (int i = 0; i < 9; ++i) {
-    curve.points.push_back({u + radius * kX[i], v + radius * kY[i], i % 2 == 1 ? weight : 1});
-  }
-  return curve;
-}
 
 NurbsCurve turnedRound(NurbsCurve curve) {
   std::reverse(curve.points.begin(), curve.points.end());
   return curve;
-}
-
-TrimLoop rectangle(double u0, double v0, double u1, double v1, bool inside = true) {
-  return {{line(u0, v0, u1, v0), line(u1, v0, u1, v1), line(u1, v1, u0, v1), line(u0, v1, u0, v0)}, inside};
 }
 
 // A plate of 10 by 8 in the plane, parameters in the same unit.
@@ -75,7 +61,7 @@ TEST(ExactSurface, RationalSurfacesAreEvaluatedWithTheirDerivatives) {
 }
 
 TEST(ExactSurface, LoopsAreChainedWhicheverWayTheyRun) {
-  TrimLoop loop = rectangle(0, 0, 4, 2);
+  TrimLoop loop = rectangleLoop(0, 0, 4, 2);
   EXPECT_NEAR(chainLoop(loop).gap, 0, 1e-15);
   // Turned round as a whole, each curve in its place.
   for (NurbsCurve& curve : loop.curves) curve = turnedRound(curve);
@@ -84,25 +70,25 @@ TEST(ExactSurface, LoopsAreChainedWhicheverWayTheyRun) {
   EXPECT_NEAR(std::abs(signedArea(samplePolygon(back, 1))), 8, 1e-12);
   loop.curves.pop_back();
   EXPECT_NEAR(chainLoop(loop).gap, 2, 1e-12);
-  EXPECT_NEAR(chainLoop({{circle(1, 1, 0.5)}, true}).gap, 0, 1e-15);
+  EXPECT_NEAR(chainLoop({{circleCurve(1, 1, 0.5)}, true}).gap, 0, 1e-15);
 }
 
 TEST(ExactSurface, AreaIsThatWithinTheOuterLoopsWithoutTheHoles) {
   EXPECT_NEAR(trimmedArea({plate(), {}}), 80, 1e-9);
-  const TrimLoop outer = rectangle(1, 1, 9, 7);
-  const TrimLoop hole = {{circle(5, 4, 2)}, false};
+  const TrimLoop outer = rectangleLoop(1, 1, 9, 7);
+  const TrimLoop hole = {{circleCurve(5, 4, 2)}, false};
   EXPECT_NEAR(trimmedArea({plate(), {outer}}), 48, 1e-6);
   EXPECT_NEAR(trimmedArea({plate(), {outer, hole}}), 48 - 4 * kPi, 1e-3);
   // The order and the direction of the loops do not count.
-  EXPECT_NEAR(trimmedArea({plate(), {{{turnedRound(circle(5, 4, 2))}, false}, outer}}), 48 - 4 * kPi, 1e-3);
+  EXPECT_NEAR(trimmedArea({plate(), {{{turnedRound(circleCurve(5, 4, 2))}, false}, outer}}), 48 - 4 * kPi, 1e-3);
   EXPECT_NEAR(trimmedArea({quarterCylinder(), {}}), 3 * kPi, 1e-4);
-  EXPECT_NEAR(trimmedArea({quarterCylinder(), {rectangle(0, 0, 1, 1.5)}}), 1.5 * kPi, 1e-4);
+  EXPECT_NEAR(trimmedArea({quarterCylinder(), {rectangleLoop(0, 0, 1, 1.5)}}), 1.5 * kPi, 1e-4);
 }
 
 TEST(ExactSurface, FlagsAreHeldAgainstTheLoopsPlaces) {
-  const TrimLoop outer = rectangle(1, 1, 9, 7);
-  const TrimLoop hole = {{circle(5, 4, 2)}, false};
-  const TrimLoop island = {{circle(5, 4, 1)}, true};
+  const TrimLoop outer = rectangleLoop(1, 1, 9, 7);
+  const TrimLoop hole = {{circleCurve(5, 4, 2)}, false};
+  const TrimLoop island = {{circleCurve(5, 4, 1)}, true};
   EXPECT_TRUE(exactFacts({plate(), {outer, hole, island}}).sound());
   TrimLoop wrong = hole;
   wrong.inside = true;
@@ -114,9 +100,9 @@ TEST(ExactSurface, FlagsAreHeldAgainstTheLoopsPlaces) {
 }
 
 TEST(ExactSurface, TrianglesFillTheTrims) {
-  const TrimmedSurface plateWithHole = {plate(), {rectangle(1, 1, 9, 7), {{circle(5, 4, 2)}, false}}};
+  const TrimmedSurface plateWithHole = {plate(), {rectangleLoop(1, 1, 9, 7), {{circleCurve(5, 4, 2)}, false}}};
   EXPECT_NEAR(areaOf(exactMesh(plateWithHole, 0.002)), 48 - 4 * kPi, 0.05);
-  const TrimmedSurface cylinder = {quarterCylinder(), {rectangle(0, 0.5, 1, 2.5)}};
+  const TrimmedSurface cylinder = {quarterCylinder(), {rectangleLoop(0, 0.5, 1, 2.5)}};
   const TriangleMesh mesh = exactMesh(cylinder, 0.001);
   EXPECT_NEAR(areaOf(mesh), 2 * kPi, 0.01);
   for (std::size_t i = 0; i < mesh.vertexCount(); ++i) {
@@ -180,8 +166,58 @@ TEST(ExactSurface, DamagedSurfacesAreReadAsFarAsTheyMakeSense) {
     }
   }
   EXPECT_GT(read, 50U);
-  const TrimmedSurface far = {plate(), {rectangle(-1e20, -1e20, 1e20, 1e20)}};
+  const TrimmedSurface far = {plate(), {rectangleLoop(-1e20, -1e20, 1e20, 1e20)}};
   EXPECT_LT(exactMesh(far, 1e-9).triangleCount(), 1000000U);
+}
+
+// A boundary that winds up and down between all its corners' heights would be cut into pieces by the square of them.
+TEST(ExactSurface, WorkIsBoundedForABoundaryWithoutAnInside) {
+  TrimLoop zigzag;
+  constexpr int kCorners = 2000;
+  const auto corner = [](int i) { return Parameter2{10.0 * i / kCorners, i % 2 == 0 ? 0.001 * i : 8 - 0.001 * i}; };
+  for (int i = 0; i < kCorners; ++i) {
+    const Parameter2 from = corner(i);
+    const Parameter2 to = corner((i + 1) % kCorners);
+    zigzag.curves.push_back(rpk_test::lineCurve(from[0], from[1], to[0], to[1]));
+  }
+  const std::size_t triangles = exactMesh({plate(), {zigzag}}, 0.01).triangleCount();
+  EXPECT_GT(triangles, 900000U);
+  EXPECT_LT(triangles, 1100000U);
+}
+
+// Knots so close that the derivatives leave the range of numbers.
+TEST(ExactSurface, AnAreaWithoutEndIsNotSound) {
+  NurbsSurface surface = plate();
+  surface.uKnots = {0, 0, 1e-200, 1e-200};
+  surface.vKnots = {0, 0, 1e-200, 1e-200};
+  const ExactFacts facts = exactFacts({surface, {}});
+  EXPECT_FALSE(std::isfinite(facts.area));
+  EXPECT_FALSE(facts.sound());
+}
+
+// Read as a package holds it: a knot that hardly differs from the one before is that one, a domain without width is
+// none.
+TEST(ExactSurface, KnotsThatHardlyDifferAreOne) {
+  const auto read = [](const TrimmedSurface& surface) {
+    const std::string text = "object \"o\" {\n" + rpk_test::exactGeometry(surface) + "}\n";
+    return readTrimmedSurface(readScene(text).objects.at(0));
+  };
+  TrimmedSurface cylinder = rpk_test::cylinderWithHole();
+  cylinder.surface.uKnots[4] = 1 + 1e-15;
+  const auto rounded = read(cylinder);
+  ASSERT_TRUE(rounded);
+  EXPECT_EQ(rounded->surface.uKnots[4], 1);
+  cylinder.surface.uKnots[3] = 1e-310;
+  const auto close = read(cylinder);
+  ASSERT_TRUE(close);
+  const TriangleMesh mesh = exactMesh(*close, 0.05);
+  EXPECT_GT(mesh.triangleCount(), 0U);
+  EXPECT_TRUE(std::all_of(mesh.normals.begin(), mesh.normals.end(), [](float value) { return std::isfinite(value); }));
+  TrimmedSurface narrow = rpk_test::unitSquare();
+  narrow.surface.vKnots = {0, 0, 1e-200, 1e-200};
+  EXPECT_FALSE(read(narrow));
+  narrow.surface.vKnots = {0, 0, 1e200, 1e200};
+  EXPECT_FALSE(read(narrow));
 }
 
 TEST(ExactSurface, ToleranceFollowsTheQuality) {

@@ -9,6 +9,8 @@
 #include <utility>
 
 #include "tests/rpk/damage.h"
+#include "tests/rpk/exact_model.h"
+#include "tests/rpk/model_text.h"
 #include "tests/rpk/package_text.h"
 #include "tests/rpk/read_everything.h"
 #include "tests/rpk/whole_package.h"
@@ -130,18 +132,24 @@ TEST(DamagedPackage, IsToldOrStillValid) {
   const std::string whole = rpk_test::wholePackage();
   ASSERT_TRUE(isPlainlyValid(whole));
   int told = 0;
+  std::size_t exactSurfaces = 0;
   for (std::uint32_t seed = 0; seed < 1000; ++seed) {
     const std::string text = rpk_test::Damager(seed).damage(whole);
-    const bool faulty = readDamaged(text).check.count(rpk::Severity::kFault) > 0;
+    const Reading reading = readDamaged(text);
+    const bool faulty = reading.check.count(rpk::Severity::kFault) > 0;
     told += faulty ? 1 : 0;
+    exactSurfaces += reading.exactSurfaces;
     EXPECT_TRUE(faulty || isPlainlyValid(text)) << "seed " << seed;
   }
   EXPECT_GT(told, 700);
+  EXPECT_GT(exactSurfaces, 300U) << "what is left of them is evaluated";
 }
 
 // The same over every form that the writer knows, each built from the last: what a fuzzer does, with a fixed end.
 TEST(DamagedPackage, DamageUponDamageIsSurvived) {
-  std::vector<std::string> texts = {rpk_test::pumpPackage(), rpk_test::wholePackage()};
+  std::vector<std::string> texts = {
+      rpk_test::pumpPackage(), rpk_test::wholePackage(),
+      rpk_test::group("pipe", {rpk_test::object(rpk_test::exactGeometry(rpk_test::cylinderWithHole()))})};
   for (const auto& entry : std::filesystem::directory_iterator(RENDARA_TEST_DATA "/scene")) {
     if (entry.path().extension() == ".golden") texts.push_back(rendara::testing::readFile(entry.path()));
   }

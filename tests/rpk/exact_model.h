@@ -1,7 +1,9 @@
 // Exact surfaces of known area, and their text in a package.
 #pragma once
 
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,8 +13,22 @@
 
 namespace rpk_test {
 
+// Control points of a circle of radius 1, those with an odd index of weight sqrt(0.5).
+inline constexpr std::array<int, 9> kCircleX = {1, 1, 0, -1, -1, -1, 0, 1, 1};
+inline constexpr std::array<int, 9> kCircleY = {0, 1, 1, 1, 0, -1, -1, -1, 0};
+
 inline rpk::NurbsCurve lineCurve(double u0, double v0, double u1, double v1) {
   return {1, {0, 0, 1, 1}, {{u0, v0, 1}, {u1, v1, 1}}};
+}
+
+// A circle as four rational arcs.
+inline rpk::NurbsCurve circleCurve(double u, double v, double radius) {
+  const double weight = std::sqrt(0.5);
+  rpk::NurbsCurve curve{2, {0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 4}, {}};
+  for (std::size_t i = 0; i < kCircleX.size(); ++i) {
+    curve.points.push_back({u + radius * kCircleX[i], v + radius * kCircleY[i], i % 2 == 1 ? weight : 1});
+  }
+  return curve;
 }
 
 inline rpk::TrimLoop rectangleLoop(double u0, double v0, double u1, double v1, bool inside = true) {
@@ -32,11 +48,9 @@ inline rpk::TrimmedSurface cylinderWithHole() {
   const double weight = std::sqrt(0.5);
   rpk::TrimmedSurface cylinder = {{2, 1, {0, 0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 4}, {0, 0, 3, 3}, {}},
                                   {rectangleLoop(0, 0, 4, 3), rectangleLoop(1, 1, 2, 2, false)}};
-  constexpr int kX[9] = {1, 1, 0, -1, -1, -1, 0, 1, 1};
-  constexpr int kY[9] = {0, 1, 1, 1, 0, -1, -1, -1, 0};
   for (const double z : {0.0, 3.0}) {
-    for (int i = 0; i < 9; ++i) {
-      cylinder.surface.points.push_back({2.0 * kX[i], 2.0 * kY[i], z, i % 2 == 1 ? weight : 1});
+    for (std::size_t i = 0; i < kCircleX.size(); ++i) {
+      cylinder.surface.points.push_back({2.0 * kCircleX[i], 2.0 * kCircleY[i], z, i % 2 == 1 ? weight : 1});
     }
   }
   return cylinder;

@@ -2,11 +2,17 @@
 // keep its promises.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <set>
 #include <string_view>
 
 #include "tools/rpk/check.h"
 #include "tools/rpk/drawing.h"
+#include "tools/rpk/exact/exact_check.h"
+#include "tools/rpk/exact/exact_mesh.h"
+#include "tools/rpk/exact/exact_parts.h"
 #include "tools/rpk/package_counts.h"
 #include "tools/rpk/package_reader.h"
 #include "tools/rpk/scene_summary.h"
@@ -45,18 +51,45 @@ class BalanceVisitor : public rpk::PackageVisitor {
 
 struct Reading {
   bool promisesKept = true;
+  std::size_t exactSurfaces = 0;  // that could be read
   rpk::CheckReport check;
 };
+
+inline bool isSafe(const rpk::TriangleMesh& mesh) {
+  return std::all_of(mesh.indices.begin(), mesh.indices.end(),
+                     [&](std::uint32_t index) { return index < mesh.vertexCount(); });
+}
+
+inline bool allFinite(const std::vector<float>& values) {
+  return std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); });
+}
+
+// Evaluates and meshes every exact surface that can be read, and counts these.
+inline bool exactSurfacesAreSafe(const rpk::Scene& scene, std::size_t& count) {
+  constexpr double kChord = 0.05;
+  const rpk::ExactReport report = rpk::checkExact(scene, rpk::exactTolerance(1));
+  const rpk::ExactSums sums = rpk::sumOf(rpk::exactParts(scene));
+  bool safe = report.sound <= report.surfaces && sums.sound <= sums.surfaces && std::isfinite(sums.area);
+  for (const rpk::PlacedGroup& placed : rpk::placedGroups(scene)) {
+    if (!placed.group->holdsGeometry()) continue;
+    for (const rpk::DrawnObject& drawn : rpk::drawnObjects(*placed.group)) {
+      if (drawn.object->geometryType != "nurbs") continue;
+      const auto trimmed = rpk::readTrimmedSurface(*drawn.object);
+      if (!trimmed) continue;
+      ++count;
+      const rpk::TriangleMesh mesh = rpk::exactMesh(*trimmed, kChord);
+      safe = safe && isSafe(mesh) && allFinite(mesh.positions) && allFinite(mesh.normals) && allFinite(mesh.uvs);
+    }
+  }
+  return safe;
+}
 
 inline bool meshesAreSafe(const rpk::Scene& scene) {
   std::set<const rpk::Object*> seen;
   for (const rpk::PlacedGroup& placed : rpk::placedGroups(scene)) {
     for (const rpk::DrawnObject& drawn : rpk::drawnObjects(*placed.group)) {
       if (!seen.insert(drawn.object).second) continue;
-      const rpk::TriangleMesh mesh = rpk::copyMesh(drawn.object->mesh);
-      for (const std::uint32_t index : mesh.indices) {
-        if (index >= mesh.vertexCount()) return false;
-      }
+      if (!isSafe(rpk::copyMesh(drawn.object->mesh))) return false;
     }
   }
   return true;
@@ -76,7 +109,7 @@ inline Reading readEverything(std::string_view bytes) {
   reading.promisesKept = balance.promisesKept() && counts.faultCount == faults && scene.faultCount == faults &&
                          reading.check.count(rpk::CheckKind::kSyntax) == faults && passed == 0 &&
                          kinds.mesh + kinds.nurbs + kinds.animation + kinds.text == bytes.size() &&
-                         meshesAreSafe(scene);
+                         meshesAreSafe(scene) && exactSurfacesAreSafe(scene, reading.exactSurfaces);
   for (const rpk::Finding& finding : reading.check.findings) {
     reading.promisesKept = reading.promisesKept && finding.place.offset <= bytes.size();
   }

@@ -12,7 +12,10 @@ namespace {
 constexpr int kDeepest = 9;                   // halvings of a trimming curve's knot span
 constexpr std::size_t kMostCorners = 100000;  // of a boundary that is still refined
 constexpr std::size_t kMostSteps = 256;       // of the surface in one direction
-constexpr double kSame = 1e-9;                // of the domain: corners at one height
+constexpr std::size_t kMostCells = 300000;    // quadrangles that a surface is refined to
+// What is not done by then belongs to a boundary that winds to and fro without an inside.
+constexpr std::size_t kMostTriangles = 1000000;
+constexpr double kSame = 1e-9;  // of the domain: corners at one height
 
 double distance(const Vector& a, const Vector& b) { return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]); }
 
@@ -31,8 +34,11 @@ class StripMesher {
     const double uStep = step(true);
     const double vStep = step(false);
     const std::vector<double> heights = stripHeights(vStep);
+    mostColumns_ = std::clamp<std::size_t>(kMostCells / heights.size(), 1, kMostSteps);
     std::sort(edges_.begin(), edges_.end(), [](const Edge& a, const Edge& b) { return a.low[1] < b.low[1]; });
-    for (std::size_t i = 0; i + 1 < heights.size(); ++i) addStrip(heights[i], heights[i + 1], uStep);
+    for (std::size_t i = 0; i + 1 < heights.size() && mesh_.triangleCount() < kMostTriangles; ++i) {
+      addStrip(heights[i], heights[i + 1], uStep);
+    }
     return std::move(mesh_);
   }
 
@@ -164,7 +170,7 @@ class StripMesher {
     const double width =
         std::max(clamped(right, bottom) - clamped(left, bottom), clamped(right, top) - clamped(left, top));
     const double wanted = uStep > 0 ? std::ceil(width / uStep - 1e-6) : 1;
-    const auto columns = static_cast<std::size_t>(std::clamp(wanted, 1.0, static_cast<double>(kMostSteps)));
+    const auto columns = static_cast<std::size_t>(std::clamp(wanted, 1.0, static_cast<double>(mostColumns_)));
     const auto base = static_cast<std::uint32_t>(mesh_.vertexCount());
     const double half = (bottom + top) / 2;
     const Parameter2 center = {(clamped(left, half) + clamped(right, half)) / 2, half};
@@ -200,9 +206,11 @@ class StripMesher {
     if (std::hypot(normal[0], normal[1], normal[2]) <= kShortest * scale) normal = off;
     const double length = std::hypot(normal[0], normal[1], normal[2]);
     const Vector position = positionAt(uv);
+    const bool hasNormal = length > 0 && std::isfinite(length);
+    constexpr double kFarthest = std::numeric_limits<float>::max();
     for (std::size_t k = 0; k < 3; ++k) {
-      mesh_.positions.push_back(static_cast<float>(position[k]));
-      mesh_.normals.push_back(static_cast<float>(length > 0 ? normal[k] / length : (k == 2 ? 1 : 0)));
+      mesh_.positions.push_back(static_cast<float>(std::clamp(position[k], -kFarthest, kFarthest)));
+      mesh_.normals.push_back(static_cast<float>(hasNormal ? normal[k] / length : (k == 2 ? 1 : 0)));
     }
     mesh_.uvs.push_back(static_cast<float>(uv[0]));
     mesh_.uvs.push_back(static_cast<float>(uv[1]));
@@ -213,9 +221,10 @@ class StripMesher {
   std::vector<double> corners_;  // heights of the boundary's corners
   double uLow_ = std::numeric_limits<double>::infinity();
   double uHigh_ = -std::numeric_limits<double>::infinity();
-  std::vector<Edge> edges_;            // by their lower ends
-  std::size_t nextEdge_ = 0;           // the first that begins above the strip
-  std::vector<const Edge*> crossing_;  // the strip, from left to right
+  std::vector<Edge> edges_;               // by their lower ends
+  std::size_t nextEdge_ = 0;              // the first that begins above the strip
+  std::vector<const Edge*> crossing_;     // the strip, from left to right
+  std::size_t mostColumns_ = kMostSteps;  // of a strip between two edges
   TriangleMesh mesh_;
 };
 

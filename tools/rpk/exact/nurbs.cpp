@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <span>
 
 namespace rpk {
@@ -40,9 +41,8 @@ Basis basisAt(std::span<const double> knots, int degree, double t) {
       const double right = knots[span + i + 1] - t;
       const double left = t - knots[span + 1 + i - level];
       const double width = right + left;
-      const double share = width != 0 ? lower[i] / width : 0;
-      basis.values[i] = saved + right * share;
-      saved = left * share;
+      basis.values[i] = saved + (width != 0 ? right / width * lower[i] : 0);
+      saved = width != 0 ? left / width * lower[i] : 0;
     }
     basis.values[level] = saved;
   }
@@ -58,22 +58,29 @@ Basis basisAt(std::span<const double> knots, int degree, double t) {
   return basis;
 }
 
-bool rising(const std::vector<double>& knots) {
-  return std::all_of(knots.begin(), knots.end(), [](double knot) { return std::isfinite(knot); }) &&
-         std::is_sorted(knots.begin(), knots.end());
-}
-
 // Numbers that products of a few of them keep finite, and weights that no sum of them makes zero.
-bool usable(double value) { return std::abs(value) < 1e30; }
-bool usableWeight(double weight) { return weight > 1e-30 && weight < 1e30; }
+constexpr double kLeast = 1e-30;
+constexpr double kMost = 1e30;
+bool usable(double value) { return std::abs(value) < kMost; }
+bool usableWeight(double weight) { return weight > kLeast && weight < kMost; }
 
-// Whether a spline of an order has the knots for `points` control points and a domain that is not empty.
-bool soundKnots(const std::vector<double>& knots, std::int64_t order, std::int64_t points) {
+// Whether a spline of an order has the knots for `points` control points and a domain that is not empty. Knots that
+// only rounding keeps apart become one: between them derivatives would leave the range of numbers.
+bool soundKnots(std::vector<double>& knots, std::int64_t order, std::int64_t points) {
+  constexpr double kRounding = 1e-12;  // of the domain
   if (order < 2 || order > static_cast<std::int64_t>(kMaxOrder) || points < order ||
-      static_cast<std::int64_t>(knots.size()) != points + order || !rising(knots)) {
+      static_cast<std::int64_t>(knots.size()) != points + order || !std::all_of(knots.begin(), knots.end(), usable) ||
+      !std::is_sorted(knots.begin(), knots.end())) {
     return false;
   }
-  return knots[static_cast<std::size_t>(order - 1)] < knots[static_cast<std::size_t>(points)];
+  const auto width = [&] {
+    return knots[static_cast<std::size_t>(points)] - knots[static_cast<std::size_t>(order - 1)];
+  };
+  const double rounding = kRounding * width();
+  for (std::size_t i = 1; i < knots.size(); ++i) {
+    if (knots[i] - knots[i - 1] <= rounding) knots[i] = knots[i - 1];
+  }
+  return width() > kLeast;
 }
 
 std::vector<double> doublesOf(const Object& object, const std::string& name) {
@@ -160,10 +167,15 @@ bool readLoops(const Object& object, std::vector<TrimLoop>& loops) {
   return next == curves.size();
 }
 
-// A little beyond the domain a spline goes on as it ends; farther off it says nothing any more.
-double withinReach(double parameter, double low, double high) {
-  const double margin = 0.05 * (high - low);
-  return std::clamp(parameter, low - margin, high + margin);
+// A little beyond the domain a spline goes on as it ends, by no more than its last span; farther off it says nothing.
+double withinReach(double parameter, std::span<const double> knots, int degree) {
+  const auto first = static_cast<std::size_t>(degree);
+  const std::size_t last = knots.size() - first - 1;
+  const double margin = 0.05 * (knots[last] - knots[first]);
+  const double afterFirst = *std::upper_bound(knots.begin(), knots.end(), knots[first]);
+  const double beforeLast = *std::prev(std::lower_bound(knots.begin(), knots.end(), knots[last]));
+  return std::clamp(parameter, knots[first] - std::min(margin, afterFirst - knots[first]),
+                    knots[last] + std::min(margin, knots[last] - beforeLast));
 }
 
 }  // namespace
@@ -184,8 +196,8 @@ Parameter2 NurbsCurve::at(double t) const {
 }
 
 NurbsPoint NurbsSurface::at(double u, double v) const {
-  const Basis along = basisAt(uKnots, uDegree, withinReach(u, uMin(), uMax()));
-  const Basis across = basisAt(vKnots, vDegree, withinReach(v, vMin(), vMax()));
+  const Basis along = basisAt(uKnots, uDegree, withinReach(u, uKnots, uDegree));
+  const Basis across = basisAt(vKnots, vDegree, withinReach(v, vKnots, vDegree));
   // Weighted sums of the positions (and of the weights, last), and of their derivatives.
   std::array<double, 4> sum{};
   std::array<double, 4> sumU{};
@@ -206,6 +218,9 @@ NurbsPoint NurbsSurface::at(double u, double v) const {
       }
     }
   }
+  // Beyond the domain weights can add up to nothing.
+  const bool isBeyond = u < uMin() || u > uMax() || v < vMin() || v > vMax();
+  if (isBeyond && !(sum[3] > 0)) return at(std::clamp(u, uMin(), uMax()), std::clamp(v, vMin(), vMax()));
   NurbsPoint result{};
   for (std::size_t k = 0; k < 3; ++k) {
     result.position[k] = sum[k] / sum[3];

@@ -14,7 +14,8 @@ namespace rpk {
 using Parameter2 = std::array<double, 2>;
 
 // Control points are not multiplied by their weights. The domain is that between the knots of index degree and
-// size - degree - 1; a surface goes on beyond it by a twentieth of its range, and farther off stays as it is there.
+// size - degree - 1; a surface goes on beyond it by a twentieth of its range or a whole span, whichever is less, and
+// farther off stays as it is there.
 struct NurbsCurve {
   int degree = 1;
   std::vector<double> knots;
@@ -56,7 +57,8 @@ struct TrimmedSurface {
 };
 
 // The surface of an object of geometry type "nurbs". Nothing when its arrays do not go together; `fault`, when given,
-// then says why. A degree above kMaxDegree, weights that are not above zero and numbers beyond 1e30 are refused, too.
+// then says why. A degree above kMaxDegree, weights and domains that are not above 1e-30 and numbers beyond 1e30 are
+// refused, too.
 inline constexpr int kMaxDegree = 25;
 std::optional<TrimmedSurface> readTrimmedSurface(const Object& object, std::string* fault = nullptr);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 #include "tools/rpk/exact/trim_loops.h"
 
@@ -19,11 +20,13 @@ constexpr std::array<Node, 5> kNodes = {{{0.046910077030668, 0.118463442528095},
                                          {0.5, 0.284444444444444},
                                          {0.769234655052842, 0.239314335249683},
                                          {0.953089922969332, 0.118463442528095}}};
-// A knot span is integrated in so many pieces, and in twice as many until the area settles.
-constexpr int kFewestPieces = 2;
+// A knot span is integrated in one piece, and in twice as many until the area settles, or until it comes no nearer to
+// settling, as in surfaces that are none.
 constexpr int kMostPieces = 64;
-constexpr double kSettled = 1e-4;
-constexpr double kMostEvaluations = 5e7;
+constexpr int kPatience = 4;  // pieces up to which the area may still do as it likes
+constexpr double kSettled = 2e-5;
+constexpr double kNearer = 0.7;
+constexpr double kMostEvaluations = 1e7;
 
 double stretch(const NurbsSurface& surface, double u, double v) {
   const NurbsPoint point = surface.at(u, v);
@@ -136,14 +139,15 @@ double trimmedArea(const TrimmedSurface& trimmed) {
   std::vector<ChainedLoop> chains;
   for (const TrimLoop& loop : trimmed.loops) chains.push_back(chainLoop(loop));
   const double evaluations = evaluationsOf(trimmed);
-  if (evaluations > kMostEvaluations) return areaInPieces(trimmed, chains, 1);
-  double area = areaInPieces(trimmed, chains, kFewestPieces);
-  for (int pieces = 2 * kFewestPieces; pieces <= kMostPieces && evaluations * pieces * pieces <= kMostEvaluations;
-       pieces *= 2) {
+  double area = areaInPieces(trimmed, chains, 1);
+  double before = std::numeric_limits<double>::infinity();
+  for (int pieces = 2; pieces <= kMostPieces && evaluations * pieces * pieces <= kMostEvaluations; pieces *= 2) {
     const double finer = areaInPieces(trimmed, chains, pieces);
-    const bool settled = std::abs(finer - area) <= kSettled * std::abs(finer);
+    const double change = std::abs(finer - area);
     area = finer;
-    if (settled) break;
+    const bool nearer = change < kNearer * before;
+    if (change <= kSettled * std::abs(finer) || (pieces > kPatience && !nearer)) break;
+    before = change;
   }
   return area;
 }
