@@ -41,9 +41,8 @@ int updateAction(uiCmdCmdId, uiCmdValue*, void*) {
   return runAction([](RendaraPlugin& plugin) { plugin.updateCommand(); });
 }
 
-// There is no dialog yet; what it would show is read anew.
 int settingsAction(uiCmdCmdId, uiCmdValue*, void*) {
-  return runAction([](RendaraPlugin& plugin) { plugin.loadSettings(); });
+  return runAction([](RendaraPlugin& plugin) { plugin.showSettingsDialog(); });
 }
 
 int manualSelectionAction(uiCmdCmdId, uiCmdValue*, void*) {

@@ -36,10 +36,10 @@ float modelMeterScale(ProMdl model) {
 
 }  // namespace
 
-// Frames belong to one command. There is no dialog yet that would ask for them.
+// Frames belong to one command.
 bool RendaraPlugin::acceptMechanism() {
   animation.clear();
-  return true;
+  return !settings.promptForMechanism || runMechanismPrompt();
 }
 
 std::optional<OpenModel> RendaraPlugin::openModel() {

@@ -53,10 +53,7 @@ void RendaraPlugin::loadSettings() { rendara::loadSettings(settings); }
 
 void RendaraPlugin::saveSettings() const { rendara::saveSettings(settings); }
 
-void RendaraPlugin::setSelectionMode(bool manual) {
-  settings.setSelectionMode(manual);
-  setUpdateIcons(selectionCommands, manual);
-}
+void RendaraPlugin::setSelectionMode(bool manual) { rendara::setSelectionMode(settings, selectionCommands, manual); }
 
 void RendaraPlugin::chooseSelectionMode(SelectionMode mode) {
   const bool manual = mode == kManualSelection;

@@ -61,6 +61,12 @@ class RendaraPlugin {
   // Writes the package named by `exportPath`, without asking anything but what belongs to the model.
   void writePackage();
 
+  // The settings dialog, with the settings as they are in the file. True when it was accepted; without an open model it
+  // is not shown. Its buttons can run Update and Render.
+  bool showSettingsDialog();
+  // Asks for a mechanism frame file, whose frames are then `animation`. False when the user cancels.
+  bool runMechanismPrompt();
+
   void loadSettings();
   void saveSettings() const;
   void setSelectionMode(bool manual);
@@ -125,6 +131,19 @@ class RendaraPlugin {
   void sendScene(LinkMode mode, const OpenModel& open);
   void writeLiveScene(LinkMode mode, const OpenModel& open);
   void endCommand();
+
+  // What the components of the dialogs do.
+  void followSpinbox();
+  void followSlider();
+  void acceptSettings();
+  void acceptSettingsAndUpdate();
+  void acceptSettingsAndRender();
+  void cancelSettings();
+  void browseMechanism();
+  void readMechanism();
+  void cancelMechanism();
+
+  bool followingControl_ = false;  // a tessellation control is being set to the other one
 };
 
 }  // namespace rendara

@@ -49,27 +49,32 @@ bool isTooLarge(std::string_view number, bool hexadecimal) {
   return exponent + (point - first) * (hexadecimal ? 4 : 1) > 0;
 }
 
-}  // namespace
-
-double readDouble(std::string_view text) {
+template <typename Number>
+Number readNumber(std::string_view text) {
   text = skipSpace(text);
   const bool negative = takeSign(text);
   if (text.starts_with('-') || text.starts_with('+')) {
-    return 0.0;
+    return 0;
   }
   const bool hexadecimal = isHexadecimal(text);
   if (hexadecimal) {
     text.remove_prefix(2);
   }
-  double value = 0.0;
+  Number value = 0;
   const auto parsed = std::from_chars(text.data(), text.data() + text.size(), value,
                                       hexadecimal ? std::chars_format::hex : std::chars_format::general);
   if (parsed.ec == std::errc::result_out_of_range) {
     const std::string_view number(text.data(), static_cast<std::size_t>(parsed.ptr - text.data()));
-    value = isTooLarge(number, hexadecimal) ? std::numeric_limits<double>::infinity() : 0.0;
+    value = isTooLarge(number, hexadecimal) ? std::numeric_limits<Number>::infinity() : 0;
   }
   return negative ? -value : value;
 }
+
+}  // namespace
+
+double readDouble(std::string_view text) { return readNumber<double>(text); }
+
+float readFloat(std::string_view text) { return readNumber<float>(text); }
 
 int readInt(std::string_view text) {
   text = skipSpace(text);

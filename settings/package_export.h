@@ -6,15 +6,6 @@
 
 namespace rendara {
 
-// The last path taken apart for the file dialog, each part cut to the host's size (259 and 39 characters).
-struct DialogPath {
-  std::wstring directory;
-  std::wstring name;
-};
-
-// Split at the last backslash; without one the whole path is the directory.
-DialogPath splitForDialog(const std::wstring& path);
-
 // Asks for the package file. Nothing when the user cancels; the empty text when the dialog fails otherwise.
 std::optional<std::wstring> askPackagePath(const std::wstring& lastPath);
 

@@ -20,4 +20,9 @@ void setCheckIcons(const SelectionCommands& commands, bool manual) {
   setIcons(commands, manual, "checked.png", "unchecked.png");
 }
 
+void setSelectionMode(PluginSettings& settings, const SelectionCommands& commands, bool manual) {
+  settings.setSelectionMode(manual);
+  setUpdateIcons(commands, manual);
+}
+
 }  // namespace rendara

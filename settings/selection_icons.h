@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/creo_toolkit.h"
+#include "settings/plugin_settings.h"
 
 namespace rendara {
 
@@ -15,5 +16,8 @@ void setUpdateIcons(const SelectionCommands& commands, bool manual);
 
 // The same with "checked.png" and "unchecked.png".
 void setCheckIcons(const SelectionCommands& commands, bool manual);
+
+// Chooses how Update selects; the icons follow.
+void setSelectionMode(PluginSettings& settings, const SelectionCommands& commands, bool manual);
 
 }  // namespace rendara

@@ -1,5 +1,7 @@
 #include "settings/package_export.h"
 
+#include "settings/file_choice.h"
+
 #include <gtest/gtest.h>
 
 #include <string>

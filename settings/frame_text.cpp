@@ -1,0 +1,245 @@
+#include "settings/frame_text.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "settings/number_reading.h"
+
+namespace rendara {
+namespace {
+
+constexpr std::size_t kBlock = 64 << 10;
+constexpr std::ptrdiff_t kLongestToken = 255;
+constexpr std::ptrdiff_t kLongestNumber = 4096;
+
+bool isSpace(char letter) { return letter == ' ' || (letter >= '\t' && letter <= '\r'); }
+bool isDigit(char letter) { return letter >= '0' && letter <= '9'; }
+char lower(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter; }
+bool isHexDigit(char letter) { return isDigit(letter) || (lower(letter) >= 'a' && lower(letter) <= 'f'); }
+bool isSign(char letter) { return letter == '-' || letter == '+'; }
+
+// Each of the following begins at a character of a text that a NUL ends.
+
+bool startsWith(const char* text, std::string_view lowerWord) {
+  return std::all_of(lowerWord.begin(), lowerWord.end(), [&](char letter) { return lower(*text++) == letter; });
+}
+
+const char* skipDigits(const char* at) {
+  while (isDigit(*at)) {
+    ++at;
+  }
+  return at;
+}
+
+// The end of what "%f" takes, which can be more than a number ("1e+"), or null when it takes no number.
+const char* endOfFloat(const char* at) {
+  at += isSign(*at) ? 1 : 0;
+  if (startsWith(at, "nan")) {
+    return at + 3;
+  }
+  if (startsWith(at, "inf")) {
+    const bool longForm = lower(at[3]) == 'i';
+    return longForm ? (startsWith(at, "infinity") ? at + 8 : nullptr) : at + 3;
+  }
+  const bool hexadecimal = startsWith(at, "0x");
+  at += hexadecimal ? 2 : 0;
+  const char* const mantissa = at;
+  bool digits = false;
+  for (bool point = false;; ++at) {
+    if (hexadecimal ? isHexDigit(*at) : isDigit(*at)) {
+      digits = true;
+    } else if (*at == '.' && !point) {
+      point = true;
+    } else {
+      break;
+    }
+  }
+  if (hexadecimal ? at == mantissa : !digits) {
+    return nullptr;
+  }
+  if (digits && lower(*at) == (hexadecimal ? 'p' : 'e')) {
+    ++at;
+    at = skipDigits(at + (isSign(*at) ? 1 : 0));
+  }
+  return at;
+}
+
+// A decimal number as it was scanned: mantissa times ten to the exponent.
+struct Decimal {
+  std::uint64_t mantissa = 0;
+  int exponent = 0;
+  bool negative = false;
+};
+
+// Appends digits to a number, without a bound.
+const char* scanDigits(const char* at, std::uint64_t& number) {
+  for (; isDigit(*at); ++at) {
+    number = number * 10 + static_cast<std::uint64_t>(*at - '0');
+  }
+  return at;
+}
+
+// Numbers as they mostly are: few digits, white space behind them. Its end, or null for all others.
+const char* scanDecimal(const char* at, Decimal& decimal) {
+  constexpr std::ptrdiff_t kMostDigits = 19;  // always fit
+  decimal.negative = *at == '-';
+  at += isSign(*at) ? 1 : 0;
+  const char* const first = at;
+  at = scanDigits(at, decimal.mantissa);
+  std::ptrdiff_t digits = at - first;
+  if (*at == '.') {
+    const char* const point = ++at;
+    at = scanDigits(at, decimal.mantissa);
+    decimal.exponent = static_cast<int>(point - at);
+    digits += at - point;
+  }
+  if (digits == 0 || digits > kMostDigits) {
+    return nullptr;
+  }
+  if (lower(*at) == 'e') {
+    const bool negative = *++at == '-';
+    at += isSign(*at) ? 1 : 0;
+    const char* const end = skipDigits(at);
+    if (end == at || end - at > 3) {
+      return nullptr;
+    }
+    int power = 0;
+    for (; at != end; ++at) {
+      power = power * 10 + (*at - '0');
+    }
+    decimal.exponent += negative ? -power : power;
+  }
+  return isSpace(*at) ? at : nullptr;
+}
+
+constexpr int kLargestPower = 22;
+constexpr std::array<double, 2 * kLargestPower + 1> kPowers = {
+    1e-22, 1e-21, 1e-20, 1e-19, 1e-18, 1e-17, 1e-16, 1e-15, 1e-14, 1e-13, 1e-12, 1e-11, 1e-10, 1e-9, 1e-8,
+    1e-7,  1e-6,  1e-5,  1e-4,  1e-3,  1e-2,  1e-1,  1e0,   1e1,   1e2,   1e3,   1e4,   1e5,   1e6,  1e7,
+    1e8,   1e9,   1e10,  1e11,  1e12,  1e13,  1e14,  1e15,  1e16,  1e17,  1e18,  1e19,  1e20,  1e21, 1e22};
+
+// The nearest float, when it is certain. Mantissa, power and product are each rounded once, so the double is fewer than
+// four of its own steps off; only next to the middle between two floats could that lead to the wrong one.
+bool toFloat(const Decimal& decimal, float& value) {
+  if (decimal.exponent < -kLargestPower || decimal.exponent > kLargestPower) {
+    return false;
+  }
+  const double number =
+      static_cast<double>(decimal.mantissa) * kPowers[static_cast<std::size_t>(decimal.exponent + kLargestPower)];
+  constexpr std::uint64_t kFurtherBits = (std::uint64_t{1} << 29) - 1;  // of a double's fraction beyond a float's
+  constexpr std::uint64_t kMiddle = std::uint64_t{1} << 28;
+  constexpr std::uint64_t kMargin = 8;
+  const std::uint64_t further = std::bit_cast<std::uint64_t>(number) & kFurtherBits;
+  const bool usual = number >= static_cast<double>(std::numeric_limits<float>::min()) &&
+                     number <= static_cast<double>(std::numeric_limits<float>::max());
+  if ((!usual && decimal.mantissa != 0) || further - (kMiddle - kMargin) <= 2 * kMargin) {
+    return false;
+  }
+  value = static_cast<float>(decimal.negative ? -number : number);
+  return true;
+}
+
+bool equalsAsCString(std::string_view token, std::string_view word) {
+  return token.starts_with(word) && (token.size() == word.size() || token[word.size()] == '\0');
+}
+
+}  // namespace
+
+FrameText::FrameText(std::FILE* file) : file_(file), block_(kBlock + 1), at_(block_.data()), end_(block_.data()) {}
+
+void FrameText::fill() {
+  const auto left = static_cast<std::size_t>(end_ - at_);
+  std::memmove(block_.data(), at_, left);
+  const std::size_t got = std::fread(block_.data() + left, 1, kBlock - left, file_);
+  atEnd_ = got < kBlock - left;
+  at_ = block_.data();
+  end_ = at_ + left + got;
+  block_[left + got] = '\0';
+}
+
+void FrameText::skipMoreSpace() {
+  for (;;) {
+    while (isSpace(*at_)) {
+      ++at_;
+    }
+    if (at_ != end_ || atEnd_) {
+      return;
+    }
+    fill();
+  }
+}
+
+bool FrameText::skipPast(std::string_view word) {
+  for (;;) {
+    skipSpace();
+    gather(kLongestToken);
+    const char* const first = at_;
+    const char* const limit = first + std::min(end_ - first, kLongestToken);
+    while (at_ != limit && !isSpace(*at_)) {
+      ++at_;
+    }
+    if (at_ == first) {
+      return false;
+    }
+    if (equalsAsCString({first, static_cast<std::size_t>(at_ - first)}, word)) {
+      return true;
+    }
+  }
+}
+
+bool FrameText::readInt(int& value) {
+  skipSpace();
+  gather(kLongestNumber + 1);
+  const char* const digits = at_ + (isSign(*at_) ? 1 : 0);
+  std::uint64_t number = 0;
+  const char* const end = scanDigits(digits, number);
+  if (end == digits || end - at_ > kLongestNumber) {
+    return false;
+  }
+  if (end - digits < 10) {
+    value = static_cast<int>(number);
+    value = *at_ == '-' ? -value : value;
+  } else {
+    value = rendara::readInt({at_, static_cast<std::size_t>(end - at_)});
+  }
+  at_ = end;
+  return true;
+}
+
+bool FrameText::readFloats(std::span<float> values) {
+  for (float& value : values) {
+    skipSpace();
+    gather(kLongestNumber + 1);
+    Decimal decimal;
+    const char* end = scanDecimal(at_, decimal);
+    if (end == nullptr || !toFloat(decimal, value)) {
+      end = endOfFloat(at_);
+      if (end == nullptr || end - at_ > kLongestNumber) {
+        return false;
+      }
+      value = rendara::readFloat({at_, static_cast<std::size_t>(end - at_)});
+    }
+    at_ = end;
+  }
+  return true;
+}
+
+bool FrameText::skipOpening() {
+  skipSpace();
+  if (*at_ != '(') {
+    return false;
+  }
+  ++at_;
+  return true;
+}
+
+void FrameText::skipClosing() {
+  gather(1);
+  at_ += *at_ == ')' ? 1 : 0;
+}
+
+}  // namespace rendara
