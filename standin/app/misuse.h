@@ -21,7 +21,11 @@ class MisuseFailure : public Failure {
   std::vector<std::string> lines_;
 };
 
-// Throws MisuseFailure when the session noted anything; another failure, when there is one, becomes a line of it.
+// What the session and the operations of Windows have noted so far.
+std::vector<std::string> notedMisuse(const Session& session);
+
+// To be called when the plug-in has ended and the session is finished. Throws MisuseFailure when anything was noted or
+// is still open; another failure, when there is one, becomes a line of it.
 void throwMisuse(const Session& session, const std::filesystem::path& plugin, const std::string& otherFailure);
 
 }  // namespace standin

@@ -13,6 +13,7 @@
 #include <set>
 
 #include "standin/app/component_lookup.h"
+#include "standin/app/misuse.h"
 #include "standin/app/script.h"
 #include "standin/windows/code_page.h"
 #include "tools/terminal/suggestion.h"
@@ -354,8 +355,9 @@ void Script::status(const Arguments&) {
   fmt::print(output_, "plug-in: {}\n", bench_.plugin().loaded() ? "loaded" : "not loaded");
   fmt::print(output_, "waiting answers: {} to file dialogs, {} to selections, {} to representations\n",
              session.fileAnswers.size(), session.selectionAnswers.size(), session.representationAnswers.size());
-  fmt::print(output_, "misuse: {}\n", session.misuse().size());
-  for (const std::string& line : session.misuse()) fmt::print(output_, "  {}\n", line);
+  const std::vector<std::string> misuse = notedMisuse(session);
+  fmt::print(output_, "misuse: {}\n", misuse.size());
+  for (const std::string& line : misuse) fmt::print(output_, "  {}\n", line);
 }
 
 }  // namespace standin

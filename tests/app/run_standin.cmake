@@ -28,6 +28,9 @@ else()
   set(input INPUT_FILE /dev/null)
 endif()
 set(ENV{TMPDIR} "${FOLDER}/tmp")
+set(ENV{RENDARA_MACHINE} "${FOLDER}/machine")
+file(WRITE "${FOLDER}/machine/registry.reg"
+  "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\SOFTWARE]\n")
 execute_process(COMMAND "${PROGRAM}" ${arguments} ${input}
   WORKING_DIRECTORY "${WORK}" RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
 

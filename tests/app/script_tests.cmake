@@ -29,6 +29,12 @@ run 'Read past'
 run 'Leak'
 status" EXIT 5 OUTPUT "plug-in: loaded"
   ERROR "^creo-standin: [^\n]*test_plugin[^\n]*: the plug-in misused the session 2 times\n  ProLayeritemLayersGet[^\n]*\n  ProMdlVerstampGet[^\n]*\n$")
+add_script_test(script_left_open "open ${pair}
+run 'Leave open'
+run 'Leave open'
+status
+run Leak" EXIT 5 OUTPUT "misuse: 1\n  CloseHandle: [^\n]*\n$"
+  ERROR "the plug-in misused the session 4 times\n  ProMdlVerstampGet[^\n]*\n  CloseHandle: [^\n]*\n  never given back: the key HKEY_CURRENT_USER.SOFTWARE\n  never given back: the module libc.so.6\n$")
 add_script_test(script_crash "open ${pair}
 run Crash" EXIT "Segmentation fault|1" OUTPUT "^opened pair.asm\n$" ERROR ".*")
 

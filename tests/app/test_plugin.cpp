@@ -78,6 +78,15 @@ int readPast(uiCmdCmdId, uiCmdValue*, void*) {
   return 0;
 }
 
+// Opens what is on every machine, and closes what it never had.
+int leaveOpen(uiCmdCmdId, uiCmdValue*, void*) {
+  HKEY key = nullptr;
+  RegOpenKeyExW(HKEY_CURRENT_USER, L"SOFTWARE", 0, KEY_READ, &key);
+  LoadLibraryW(L"libc.so.6");
+  CloseHandle(nullptr);
+  return 0;
+}
+
 // A fault, which the sanitizer of undefined behaviour is not to end in its own way.
 __attribute__((no_sanitize("undefined"))) int crash(uiCmdCmdId, uiCmdValue*, void*) {
   volatile int* volatile nowhere = nullptr;
@@ -98,6 +107,7 @@ extern "C" __attribute__((visibility("default"))) int user_initialize_plus() {
   add("Rendara Export", exportCut);
   add("Complete", exportComplete);
   add("Leak", leak);
+  add("Leave open", leaveOpen);
   add("Read past", readPast);
   add("Crash", crash);
   return kRefuses ? -1 : 0;
