@@ -21,8 +21,11 @@ const std::vector<Script::Entry>& Script::table() {
        &Script::open},
       {"close", "", "leaves the session without an open model", 0, 0, &Script::close},
       {"tree", "[DEPTH]", "the components of the open model with their ids, names and status", 0, 1, &Script::tree},
-      {"answer", "save PATH|cancel", "how the next file dialog is answered; without an answer it is cancelled", 1, 2,
+      {"answer", "save|open PATH|cancel",
+       "how the next file dialog to save or to open is answered; without an answer it is cancelled", 1, 2,
        &Script::answer},
+      {"dialog", "NAME set COMPONENT VALUE | press COMPONENT | show",
+       "what is done in the dialog when it is open next, step by step", 2, kAny, &Script::dialog},
       {"representation", "NAME|master|cancel", "which simplified representation is chosen when that is asked next", 1,
        1, &Script::representation},
       {"pick", "PATH... | top | cancel",
@@ -75,18 +78,23 @@ void Script::execute(const std::string& line) {
 }
 
 ExitCode Script::runAll(std::istream& lines, const std::string& name, std::ostream& errors) {
-  std::string line;
-  for (std::size_t number = 1; !finished_ && std::getline(lines, line); ++number) {
+  const auto fail = [&](std::size_t line, const std::string& message, ExitCode code) {
+    output_.flush();
+    fmt::print(errors, "{}:{}: {}\n", name, line, message);
+    return code;
+  };
+  std::string text;
+  for (std::size_t number = 1; !finished_ && std::getline(lines, text); ++number) {
+    line_ = number;
     try {
-      execute(line);
+      execute(text);
       output_.flush();
     } catch (const Failure& failure) {
-      output_.flush();
-      fmt::print(errors, "{}:{}: {}\n", name, number, failure.what());
-      return failure.code();
+      return fail(line_, failure.what(), failure.code());
     }
   }
-  return ExitCode::kDone;
+  const auto left = dialogSteps_.firstWaiting(bench_.session().dialogsShown);
+  return left ? fail(left->line, left->message, ExitCode::kUsage) : ExitCode::kDone;
 }
 
 void Script::runPrompt(std::istream& lines, std::ostream& errors) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "standin/app/dialog_steps.h"
 #include "standin/app/failure.h"
 #include "standin/app/settings_file.h"
 #include "standin/app/workbench.h"
@@ -23,7 +24,8 @@ class Script {
   // True after `quit`.
   bool finished() const { return finished_; }
 
-  // Runs the lines until the first that fails, which is told on `errors` as "name:line: message".
+  // Runs the lines until the first that fails, which is told on `errors` as "name:line: message". A step in a dialog
+  // that still waits at the end has failed, too.
   ExitCode runAll(std::istream& lines, const std::string& name, std::ostream& errors);
   // Runs the lines with a prompt before each; one that fails is told on `errors`, and it goes on.
   void runPrompt(std::istream& lines, std::ostream& errors);
@@ -44,6 +46,7 @@ class Script {
   void close(const Arguments& arguments);
   void tree(const Arguments& arguments);
   void answer(const Arguments& arguments);
+  void dialog(const Arguments& arguments);
   void representation(const Arguments& arguments);
   void pick(const Arguments& arguments);
   void move(const Arguments& arguments);
@@ -67,6 +70,10 @@ class Script {
 
   Model& current();
   void runCommand(const std::string& name);
+  // Runs a command with the steps as the user's side of dialogs, and tells what they showed. A step that failed counts
+  // more than a failure of the command, which may come of it; line_ is its own then.
+  CommandReport runWithDialogs(const std::string& name);
+  void tellDialogs();
   void setStatus(const std::string& path, ProFeatStatus status);
   void addToLayer(const std::string& name, const std::string& path);
   void showLayer(const std::string& name, ProLayerDisplay display);
@@ -74,6 +81,8 @@ class Script {
   Workbench& bench_;
   std::filesystem::path settingsFile_;
   std::ostream& output_;
+  DialogSteps dialogSteps_;
+  std::size_t line_ = 0;  // that runs, or that failed
   bool finished_ = false;
 };
 

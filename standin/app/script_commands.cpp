@@ -11,6 +11,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "standin/app/component_lookup.h"
 #include "standin/app/misuse.h"
@@ -153,12 +154,32 @@ void Script::tree(const Arguments& arguments) {
 }
 
 void Script::answer(const Arguments& arguments) {
-  if (arguments.back() == "cancel" && (arguments.size() == 1 || arguments[0] == "save")) {
-    bench_.session().fileAnswers.emplace_back(std::nullopt);
-    return;
+  const bool opens = arguments[0] == "open";
+  const bool bareCancel = arguments.size() == 1 && arguments[0] == "cancel";
+  if (!bareCancel && (arguments.size() != 2 || (!opens && arguments[0] != "save"))) {
+    failUsage("usage: answer save|open PATH|cancel");
   }
-  if (arguments[0] != "save" || arguments.size() != 2) failUsage("usage: answer save PATH|cancel");
-  bench_.session().fileAnswers.emplace_back(bench_.resolve(arguments[1]));
+  Session& session = bench_.session();
+  std::deque<FileAnswer>& answers = opens ? session.openAnswers : session.fileAnswers;
+  answers.push_back(arguments.back() == "cancel" ? FileAnswer() : bench_.resolve(arguments.back()));
+}
+
+void Script::dialog(const Arguments& arguments) {
+  const std::string& what = arguments[1];
+  DialogStep step;
+  step.line = line_;
+  if (what == "set" && arguments.size() >= 4) {
+    step.kind = DialogStep::Kind::set;
+    step.value = fmt::format("{}", fmt::join(arguments.begin() + 3, arguments.end(), " "));
+  } else if (what == "press" && arguments.size() == 3) {
+    step.kind = DialogStep::Kind::press;
+  } else if (what == "show" && arguments.size() == 2) {
+    step.kind = DialogStep::Kind::show;
+  } else {
+    failUsage("usage: dialog NAME set COMPONENT VALUE | press COMPONENT | show");
+  }
+  if (arguments.size() > 2) step.component = arguments[2];
+  dialogSteps_.add(arguments[0], std::move(step));
 }
 
 void Script::representation(const Arguments& arguments) {
@@ -317,11 +338,39 @@ void Script::render(const Arguments&) { runCommand("Rendara Render"); }
 
 void Script::update(const Arguments&) { runCommand("Rendara Update"); }
 
+void Script::tellDialogs() {
+  output_ << dialogSteps_.takeText();
+  if (const auto failed = dialogSteps_.takeFailure()) {
+    line_ = failed->line;
+    failUsage(failed->message);
+  }
+}
+
+CommandReport Script::runWithDialogs(const std::string& name) {
+  struct UserSide {
+    UserSide(Session& owner, DialogSteps& steps)
+        : session(owner), before(std::exchange(owner.onDialog, [&steps](Dialog& open) { steps.answer(open); })) {}
+    ~UserSide() { session.onDialog = std::move(before); }
+    UserSide(const UserSide&) = delete;
+    UserSide& operator=(const UserSide&) = delete;
+    Session& session;
+    std::function<void(Dialog&)> before;
+  };
+  const UserSide userSide(bench_.session(), dialogSteps_);
+  try {
+    CommandReport report = bench_.run(name);
+    tellDialogs();
+    return report;
+  } catch (const Failure&) {
+    tellDialogs();
+    throw;
+  }
+}
+
 void Script::runCommand(const std::string& name) {
-  const CommandReport report = bench_.run(name);
+  const CommandReport report = runWithDialogs(name);
   if (!report.printed.empty()) fmt::print(output_, "the plug-in says \"{}\"\n", report.printed);
   if (report.result != 0) fmt::print(output_, "the command gave {}\n", report.result);
-  for (const std::string& dialog : report.dialogs) fmt::print(output_, "dialog {}\n", dialog);
   for (const WrittenPackage& package : report.packages) {
     fmt::print(output_, "wrote {}", package.path.string());
     if (package.counts) {
@@ -353,8 +402,10 @@ void Script::status(const Arguments&) {
   fmt::print(output_, "model: {}\n", session.current ? displayName(*session.current) : "none");
   fmt::print(output_, "mode: {}\n", modeName(session.mode));
   fmt::print(output_, "plug-in: {}\n", bench_.plugin().loaded() ? "loaded" : "not loaded");
-  fmt::print(output_, "waiting answers: {} to file dialogs, {} to selections, {} to representations\n",
-             session.fileAnswers.size(), session.selectionAnswers.size(), session.representationAnswers.size());
+  fmt::print(output_,
+             "waiting answers: {} to file dialogs, {} to selections, {} to representations, {} steps in dialogs\n",
+             session.fileAnswers.size() + session.openAnswers.size(), session.selectionAnswers.size(),
+             session.representationAnswers.size(), dialogSteps_.waiting());
   const std::vector<std::string> misuse = notedMisuse(session);
   fmt::print(output_, "misuse: {}\n", misuse.size());
   for (const std::string& line : misuse) fmt::print(output_, "  {}\n", line);

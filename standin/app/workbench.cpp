@@ -98,15 +98,12 @@ CommandReport Workbench::run(const std::string& commandName) {
   std::vector<PackageFile> awaited;
   awaited.reserve(answers.size());
   for (const FileAnswer& answer : answers) awaited.emplace_back(answer.value_or(std::filesystem::path()));
-  const std::size_t dialogsBefore = session_.dialogsShown.size();
   forgetFileFailures();
 
   CommandReport report;
   CapturedOutput captured;
   report.result = runShowingProgress(commandName).value_or(0);
   report.printed = captured.end();
-  report.dialogs.assign(session_.dialogsShown.begin() + static_cast<std::ptrdiff_t>(dialogsBefore),
-                        session_.dialogsShown.end());
   if (const auto failure = fileFailure()) {
     throw Failure(ExitCode::kOutput, fmt::format("{}: {}", failure->path.string(), failure->message));
   }

@@ -29,7 +29,6 @@ struct CommandReport {
   int result = 0;       // of the command's action
   std::string printed;  // on standard output, by the plug-in
   std::vector<WrittenPackage> packages;
-  std::vector<std::string> dialogs;  // shown, in order
 };
 
 class Workbench {

@@ -12,7 +12,8 @@
 namespace standin {
 namespace {
 
-constexpr std::string_view kCancel = "Cancel";
+// A dialog that still stands after so many presses is taken for one that nobody ends.
+constexpr int kMostPresses = 10;
 
 std::string described(const Widget& widget) {
   return std::string("the ") + kindName(widget.kind) + " \"" + widget.name + "\"";
@@ -176,14 +177,25 @@ Widget* findWidget(Dialog& dialog, const std::string& name) {
   return const_cast<Widget*>(findWidget(static_cast<const Dialog&>(dialog), name));
 }
 
+bool isCancelButton(const Widget& button) {
+  return button.kind == WidgetKind::pushbutton && std::string_view(button.name).ends_with("Cancel");
+}
+
 Widget* defaultButton(Dialog& dialog) {
   Widget* first = nullptr;
   for (Widget& widget : dialog.widgets) {
     if (widget.kind != WidgetKind::pushbutton || widget.activate == nullptr || !widget.enabled) continue;
-    if (std::string_view(widget.name).ends_with(kCancel)) return &widget;
+    if (isCancelButton(widget)) return &widget;
     if (first == nullptr) first = &widget;
   }
   return first;
+}
+
+void closeByDefault(Dialog& dialog) {
+  const Widget* button = defaultButton(dialog);
+  for (int press = 0; button != nullptr && !dialog.exitStatus && press < kMostPresses; ++press) {
+    userPress(dialog, button->name);
+  }
 }
 
 std::string userPress(Dialog& dialog, const std::string& component) {

@@ -80,9 +80,15 @@ const char* kindName(WidgetKind kind);
 Widget* findWidget(Dialog& dialog, const std::string& name);
 const Widget* findWidget(const Dialog& dialog, const std::string& name);
 
-// What a user who is asked for nothing presses: the button whose name ends in "Cancel", else the first one that does
-// something. Null when there is none.
+// Whether the name of a button ends in "Cancel".
+bool isCancelButton(const Widget& button);
+
+// What a user presses who wants nothing of the dialog: its cancel button, else the first one that does something. Null
+// when there is none.
 Widget* defaultButton(Dialog& dialog);
+
+// Presses the default button until the dialog closes; when it never does it stays open.
+void closeByDefault(Dialog& dialog);
 
 // The user presses a button. Empty, or why he cannot: the dialog is not open, there is no such component, it is no
 // button, is disabled, or does nothing. The result comes back when the button's action has returned.

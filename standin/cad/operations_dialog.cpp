@@ -45,9 +45,6 @@ ProError setText(const char* operationName, WidgetKind kind, const char* dialogN
 
 namespace {
 
-// A dialog that still stands after so many presses is taken for one that nobody ends.
-constexpr int kMostPresses = 10;
-
 void place(Widget& widget, const ProUIGridopts& grid) {
   widget.column = grid.column;
   widget.row = grid.row;
@@ -105,8 +102,8 @@ void runDialog(Operation& operation, Dialog& dialog) {
   Session& session = operation.session();
   if (session.onDialog) {
     session.onDialog(dialog);
-  } else if (const Widget* button = standin::defaultButton(dialog)) {
-    for (int press = 0; !dialog.exitStatus && press < kMostPresses; ++press) userPress(dialog, button->name);
+  } else {
+    standin::closeByDefault(dialog);
   }
   operation.impl().forgetAnswers();
 }

@@ -142,7 +142,14 @@ TEST_F(ScriptTest, QueuesTheUsersAnswersInOrder) {
   EXPECT_EQ(session_.fileAnswers[0], path("out one.rpk"));
   EXPECT_EQ(session_.fileAnswers[1], std::nullopt);
   EXPECT_EQ(session_.fileAnswers[2], std::nullopt);
+  run("answer open in.fra");
+  run("answer open cancel");
+  EXPECT_EQ(session_.openAnswers, (std::deque<FileAnswer>{path("in.fra"), std::nullopt}));
+  EXPECT_EQ(session_.fileAnswers.size(), 3U);
   EXPECT_NE(failureOf("answer load x"), "");
+  for (const char* line : {"dialog D", "dialog D set c", "dialog D press", "dialog D show c", "dialog D do c"}) {
+    EXPECT_NE(failureOf(line), "") << line;
+  }
   EXPECT_NE(failureOf("answer save"), "");
 
   run("pick AXLE/ROD top " + id(model.first));

@@ -38,6 +38,39 @@ run Leak" EXIT 5 OUTPUT "misuse: 1\n  CloseHandle: [^\n]*\n$"
 add_script_test(script_crash "open ${pair}
 run Crash" EXIT "Segmentation fault|1" OUTPUT "^opened pair.asm\n$" ERROR ".*")
 
+# A dialog: in order, over two openings, with a file chosen in between; shown and cancelled without steps.
+add_script_test(script_dialog "dialog Values set Slider 40
+dialog Values set Axis y
+dialog Values set File some file.fra
+dialog Values press Browse # which is cancelled
+dialog Values press Values_OK
+dialog Values press Browse
+dialog Values press Values_OK
+run Dialog
+answer open /tmp/chosen.fra
+run Dialog
+run Dialog" EXIT 0 OUTPUT "^dialog Values
+the plug-in says \"quality 0.40, axis yaxis, file some file.fra\"
+dialog Values
+the plug-in says \"quality 0.00, axis none, file /tmp/chosen.fra\"
+dialog Values
+[+]- Values -+[+]
+[|] .0.00. -/[+] +[|]O---------[|] [|]
+.*
+  Quality +spinbox +0.00 +0.00 to 1.00 by 1.00 or 10.00  0 is coarse, 1 is fine.
+.*
+dialog Values was cancelled
+the command gave -3
+$")
+add_script_test(script_dialog_mistyped "dialog Values set Qualty 0.5
+dialog Values press Values_OK
+run Dialog
+status" EXIT 2 OUTPUT "^dialog Values\ndialog Values was cancelled\n$"
+  ERROR "^steps.txt:1: dialog Values set Qualty 0.5: the dialog \"Values\" has no component \"Qualty\". did you mean Quality[?]\n$")
+add_script_test(script_dialog_never_open "dialog Valeus press Values_OK
+run Dialog" EXIT 2 OUTPUT "cancelled"
+  ERROR "^steps.txt:1: dialog Valeus press Values_OK: the dialog was never opened. did you mean Values[?]\n$")
+
 add_standin_test(script_missing ARGS run absent.txt EXIT 2
   ERROR "^creo-standin: absent.txt: No such file or directory\n$")
 add_standin_test(script_folder ARGS run . EXIT 2 ERROR "^creo-standin: .: Is a directory\n$")

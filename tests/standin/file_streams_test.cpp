@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -70,6 +71,25 @@ TEST_F(FileStreams, KeepsTheFirstFailureToWrite) {
   EXPECT_EQ(_wfopen(L"/nowhere/at/all.rpk", L"wb+"), nullptr);
   ASSERT_TRUE(fileFailure());
   EXPECT_EQ(fileFailure()->message, "No such file or directory");
+}
+
+TEST_F(FileStreams, TheCheckedOpeningGivesTheErrorAndClearsTheStream) {
+  const rendara::testing::TemporaryFolder folder;
+  const std::wstring path = wideFromUtf8((folder.path() / "frames.fra").string());
+  std::FILE* stream = nullptr;
+  ASSERT_EQ(_wfopen_s(&stream, path.c_str(), L"w"), 0);
+  std::fputs("frames: 2", stream);
+  std::fclose(stream);
+  ASSERT_EQ(_wfopen_s(&stream, path.c_str(), L"r"), 0);
+  EXPECT_EQ(std::fgetc(stream), 'f');
+  std::FILE* const open = stream;
+  EXPECT_EQ(_wfopen_s(&stream, L"/nowhere/at/all.fra", L"r"), ENOENT);
+  EXPECT_EQ(stream, nullptr);
+  stream = open;
+  EXPECT_EQ(_wfopen_s(&stream, path.c_str(), L"x"), EINVAL);
+  EXPECT_EQ(stream, nullptr);
+  EXPECT_EQ(_wfopen_s(nullptr, path.c_str(), L"r"), EINVAL);
+  std::fclose(open);
 }
 
 TEST_F(FileStreams, RefusesModesThatAreNone) {

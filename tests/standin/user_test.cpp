@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -90,21 +91,33 @@ TEST(Clock, GivesEachSideItsOwnTime) {
   EXPECT_NE(session.clock.tessellation, kNone);
 }
 
-TEST(Files, AreAnsweredFromTheQueue) {
+TEST(Files, AreAnsweredFromTheQueueOfTheirKind) {
   Session session;
-  session.fileAnswers = {"/tmp/gr\xC3\xBCn.rpk", std::nullopt, std::string(260, 'x'), std::string(259, 'y')};
-  ProPath path = L"before";
-  ASSERT_EQ(ProFileSave(text(L"Save"), text(L"*.rpk"), nullptr, nullptr, text(L"C:\\a"), text(L"b.rpk"), path),
-            PRO_TK_NO_ERROR);
-  EXPECT_STREQ(path, L"/tmp/gr\u00FCn.rpk");
-  EXPECT_EQ(session.fileRequests[0].directory, L"C:\\a");
-  EXPECT_EQ(session.fileRequests[0].name, L"b.rpk");
-  EXPECT_EQ(ProFileSave(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, path), PRO_TK_USER_ABORT);
-  EXPECT_EQ(ProFileSave(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, path), PRO_TK_LINE_TOO_LONG);
-  EXPECT_STREQ(path, L"/tmp/gr\u00FCn.rpk") << "a failure leaves the buffer";
-  EXPECT_EQ(ProFileSave(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, path), PRO_TK_NO_ERROR);
-  EXPECT_EQ(std::wstring(path).size(), 259U);
-  EXPECT_EQ(ProFileSave(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, path), PRO_TK_USER_ABORT);
+  struct Kind {
+    decltype(&ProFileSave) ask;
+    std::deque<FileAnswer>& answers;
+    std::vector<FileRequest>& requests;
+  };
+  for (const Kind& kind : {Kind{ProFileSave, session.fileAnswers, session.fileRequests},
+                           Kind{ProFileOpen, session.openAnswers, session.openRequests}}) {
+    kind.answers = {"/tmp/gr\xC3\xBCn.rpk", std::nullopt, std::string(260, 'x'), std::string(259, 'y')};
+    ProPath path = L"before";
+    ASSERT_EQ(kind.ask(text(L"Title"), text(L"*.rpk"), nullptr, nullptr, text(L"C:\\a"), text(L"b.rpk"), path),
+              PRO_TK_NO_ERROR);
+    EXPECT_STREQ(path, L"/tmp/gr\u00FCn.rpk");
+    EXPECT_EQ(kind.requests[0].title, L"Title");
+    EXPECT_EQ(kind.requests[0].filter, L"*.rpk");
+    EXPECT_EQ(kind.requests[0].directory, L"C:\\a");
+    EXPECT_EQ(kind.requests[0].name, L"b.rpk");
+    const auto askAgain = [&] { return kind.ask(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, path); };
+    EXPECT_EQ(askAgain(), PRO_TK_USER_ABORT);
+    EXPECT_EQ(askAgain(), PRO_TK_LINE_TOO_LONG);
+    EXPECT_STREQ(path, L"/tmp/gr\u00FCn.rpk") << "a failure leaves the buffer";
+    EXPECT_EQ(askAgain(), PRO_TK_NO_ERROR);
+    EXPECT_EQ(std::wstring(path).size(), 259U);
+    EXPECT_EQ(askAgain(), PRO_TK_USER_ABORT);
+    EXPECT_EQ(kind.requests.size(), 5U);
+  }
 }
 
 ProError select(ProSelection** picks, int* count, int most = -1, const char* option = "prt_or_asm") {
