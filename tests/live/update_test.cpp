@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "standin/cad/dialog.h"
 #include "standin/step/step_loader.h"
 #include "standin/windows/clock.h"
 #include "standin/windows/handles.h"
@@ -95,6 +96,16 @@ class UpdateTest : public ::testing::TestWithParam<UpdateCase> {
                   "</selectionMode><includeNURBS>false</includeNURBS></rendara_plugin_settings>");
   }
 
+  // What the user does in the settings dialog when it is opened from now on.
+  void set(double quality, int upAxis) {
+    static constexpr const char* kAxes[] = {"x", "y", "z", "-x", "-y", "-z"};
+    session_.onDialog = [quality, upAxis](standin::Dialog& dialog) {
+      EXPECT_EQ(standin::userSet(dialog, "stepbox", std::to_string(quality)), "");
+      EXPECT_EQ(standin::userSet(dialog, "Rendara_Axis_Radiogroup", kAxes[upAxis]), "");
+      EXPECT_EQ(standin::userPress(dialog, "Rendara_OK"), "");
+    };
+  }
+
   // What a renderer gets that was started for it.
   json renderAnew(SessionPlugin& plugin) {
     other_.enter();
@@ -168,6 +179,7 @@ TEST_P(UpdateTest, HoldsWhatARenderWouldSend) {
           break;
         case 2:
           session_.fileAnswers.emplace_back(std::filesystem::absolute("between.rpk"));
+          session_.onDialog = nullptr;
           plugin.run("Rendara Export");
           note("package");
           break;
@@ -185,7 +197,7 @@ TEST_P(UpdateTest, HoldsWhatARenderWouldSend) {
           note(test.manual && changes_.below(3) == 0 ? changes_.recolourSilently() : changes_.change());
       }
     }
-    writeSettings(quality, upAxis, test.manual);
+    set(quality, upAxis);
     plugin.run("Rendara Settings");
     other.run("Rendara Settings");
     ExpectedScene::Picks picks;
