@@ -10,6 +10,8 @@ namespace fs = std::filesystem;
 constexpr const char* kMaker = "SOFTWARE\\Vantor";
 constexpr const char* kVersion = "Rendara 5";
 constexpr const char* kProduct = "SOFTWARE\\Vantor\\Rendara 5";
+// Where plug-ins look for the port: of the version's name they take the first byte only.
+constexpr const char* kPortKey = "SOFTWARE\\Vantor\\R";
 constexpr const char* kStandIn = "SOFTWARE\\Vantor\\Rendara 5\\StandIn";
 constexpr std::uint32_t kMaxPort = 65535;
 
@@ -22,8 +24,10 @@ void install(const Installation& installation, Registry& registry) {
   registry.setText(Hive::kLocalMachine, kProduct, "BinName", installation.program.string());
   registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", installation.libraryFolder.string());
   registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", installation.libraryFolder.string());
-  registry.setNumber(Hive::kCurrentUser, kProduct, "LiveLinkPort", static_cast<std::uint32_t>(installation.port));
-  registry.setNumber(Hive::kCurrentUser, kProduct, "LiveLinkMaxPort", kMaxPort);
+  for (const char* key : {kProduct, kPortKey}) {
+    registry.setNumber(Hive::kCurrentUser, key, "LiveLinkPort", static_cast<std::uint32_t>(installation.port));
+    registry.setNumber(Hive::kCurrentUser, key, "LiveLinkMaxPort", kMaxPort);
+  }
   for (const auto& [name, value] : installation.options) registry.setText(Hive::kLocalMachine, kStandIn, name, value);
 }
 
@@ -32,6 +36,7 @@ void uninstall(Registry& registry) {
   registry.removeKey(Hive::kLocalMachine, kProduct);
   registry.remove(Hive::kCurrentUser, kMaker, "RendaraActivePath");
   registry.removeKey(Hive::kCurrentUser, kProduct);
+  registry.removeKey(Hive::kCurrentUser, kPortKey);
 }
 
 std::vector<std::string> installedArguments(const Registry& registry, const std::vector<std::string>& names) {

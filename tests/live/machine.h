@@ -2,6 +2,7 @@
 #pragma once
 
 #include <signal.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -12,7 +13,9 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
+#include <vector>
 
 #include "core/instance_list.h"
 #include "standin/renderer/client.h"
@@ -40,7 +43,18 @@ inline void waitFor(const std::string& what, const std::function<bool()>& condit
 
 class Machine {
  public:
-  Machine() {
+  Machine() { install(); }
+  ~Machine() {
+    for (const pid_t process : processes()) {
+      ::kill(process, SIGKILL);
+    }
+  }
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+
+  // Writes the registry anew, as it is where the renderer was just installed.
+  void install() const {
+    std::filesystem::remove(path() / "registry.reg");
     changeRegistry([](standin::Registry& registry) {
       registry.setText(standin::Hive::kLocalMachine, kVendorKey, "RendaraVersion", "Rendara 5");
       registry.setText(standin::Hive::kLocalMachine, kVersionKey, "CurrentVersion", "5");
@@ -48,13 +62,6 @@ class Machine {
       registry.setText(standin::Hive::kLocalMachine, kVersionKey, "BinFolder", RENDARA_LIB_DIR);
     });
   }
-  ~Machine() {
-    for (const auto& [port, process] : renderers()) {
-      ::kill(process, SIGKILL);
-    }
-  }
-  Machine(const Machine&) = delete;
-  Machine& operator=(const Machine&) = delete;
 
   // What runs from now on runs on this machine.
   void enter() const { setenv("RENDARA_MACHINE", path().c_str(), 1); }
@@ -75,6 +82,21 @@ class Machine {
       const std::size_t process = one.find("<pid>");
       if (!ports.empty() && process != std::string::npos) {
         found.emplace(*ports.begin(), std::stoi(one.substr(process + 5)));
+      }
+    }
+    return found;
+  }
+
+  // Everything that was started on this machine, what is on no list too, without this process.
+  std::vector<pid_t> processes() const {
+    const std::string mark = '\0' + ("RENDARA_MACHINE=" + path().string()) + '\0';
+    std::vector<pid_t> found;
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator entry("/proc", ignored), end; entry != end; entry.increment(ignored)) {
+      const pid_t process = std::atoi(entry->path().filename().c_str());
+      if (process > 0 && process != getpid() &&
+          ('\0' + readFile(entry->path() / "environ")).find(mark) != std::string::npos) {
+        found.push_back(process);
       }
     }
     return found;
