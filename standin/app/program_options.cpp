@@ -102,6 +102,8 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   app.add_option("--plugin", result.common.plugin, "Plug-in to load (default: the one beside the program)")
       ->option_text("FILE");
   app.add_option("--messages", result.common.messages, "Folder of the message file")->option_text("FOLDER");
+  app.add_option("--language", result.common.language, "Language of the plug-in's texts: german, french or japanese")
+      ->option_text("NAME");
   std::optional<std::string> codePage;
   app.add_option("--code-page", codePage, "System code page of the session (default 1252)")->option_text("N");
 
@@ -138,6 +140,11 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   std::error_code ignored;
   if (app.count("--messages") > 0 && !std::filesystem::exists(result.common.messages / kMessageFile, ignored)) {
     throw Failure(ExitCode::kUsage, fmt::format("{}: holds no {}", result.common.messages.string(), kMessageFile));
+  }
+  if (!result.common.language.empty() &&
+      !std::filesystem::exists(result.common.messages / result.common.language / kMessageFile, ignored)) {
+    throw Failure(ExitCode::kUsage,
+                  fmt::format("{}: holds no texts in \"{}\"", result.common.messages.string(), result.common.language));
   }
   if (codePage) result.common.codePage = parseCodePage(*codePage);
   if (exportCommand->parsed()) {

@@ -13,6 +13,7 @@ struct CommonOptions {
   std::filesystem::path plugin;
   std::filesystem::path messages;
   unsigned codePage = 1252;
+  std::string language;  // a folder of translated messages; empty: English
 };
 
 // What is opened, and what of it is sent how.

@@ -46,6 +46,7 @@ ExitCode runScript(const CommonOptions& common, const ScriptOptions& options, st
   ScratchDirectory scratch;
   Session session;
   session.messageFolder = common.messages;
+  session.language = common.language;
   PluginHost plugin(common.plugin);
   terminal::Progress progress(stderr);
   Workbench bench(session, plugin, progress, scratch.origin());

@@ -137,10 +137,13 @@ std::optional<int> Session::runCommand(const std::string& name) {
 }
 
 std::optional<std::wstring> Session::message(const std::wstring& file, const std::string& key) {
-  const std::filesystem::path path = messageFolder / std::filesystem::path(file);
-  MessageFile& messages = impl_->messageFiles[path];
-  const std::wstring* text = messages.refresh(path) ? messages.text(key) : nullptr;
-  return text != nullptr ? std::optional(*text) : std::nullopt;
+  for (const std::filesystem::path& folder : {messageFolder / language, messageFolder}) {
+    const std::filesystem::path path = folder / std::filesystem::path(file);
+    MessageFile& messages = impl_->messageFiles[path];
+    const std::wstring* text = messages.refresh(path) ? messages.text(key) : nullptr;
+    if (text != nullptr) return *text;
+  }
+  return std::nullopt;
 }
 
 const std::vector<std::string>& Session::misuse() const {

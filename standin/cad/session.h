@@ -89,7 +89,9 @@ class Session {
   std::map<std::wstring, std::wstring> configOptions;
   std::vector<std::filesystem::path> textureFolders;
   std::filesystem::path messageFolder;  // where message files are looked up by their names
-  bool guardArrays = true;              // arrays end at a page that may not be read; off for measurements
+  // The user's language: the folder of that name in the message folder comes first. Empty: English.
+  std::string language;
+  bool guardArrays = true;  // arrays end at a page that may not be read; off for measurements
 
   // The user's answers. When a dialog is opened without one, it counts as cancelled.
   std::deque<FileAnswer> fileAnswers;  // where to save

@@ -43,13 +43,10 @@ class LiveLink : public ::testing::Test {
     setenv("RENDARA_MACHINE", folder_.path().c_str(), 1);
     fs::create_directory(folder_.path() / "bin");
     fs::create_symlink(library(), folder_.path() / "bin/vntrendaralive64.so");
-    const fs::path program = folder_.path() / "renderer";
-    testing::writeFile(program, "#!/bin/sh\nexit 0\n");
-    fs::permissions(program, fs::perms::owner_all);
     change([&](standin::Registry& registry) {
       registry.setText(Hive::kLocalMachine, kVendor, "RendaraVersion", "Rendara 5");
       registry.setText(Hive::kLocalMachine, kVersion, "CurrentVersion", "5");
-      registry.setText(Hive::kLocalMachine, kVersion, "BinName", program.string());
+      registry.setText(Hive::kLocalMachine, kVersion, "BinName", "/bin/true");
       registry.setText(Hive::kLocalMachine, kVersion, "BinFolder", (folder_.path() / "bin").string());
     });
     control_ = dlopen(library(), RTLD_NOW | RTLD_LOCAL);
