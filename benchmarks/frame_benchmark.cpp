@@ -102,7 +102,9 @@ struct BigFile {
 void run(benchmark::State& state, Reader read) {
   const BigFile& file = BigFile::get();
   double size = 0;
-  for (auto unused : state) size = sizeOf(framesOf(file.path, read));
+  for ([[maybe_unused]] auto unused : state) {
+    size = sizeOf(framesOf(file.path, read));
+  }
   if (size <= 0) state.SkipWithError("no frames");
   state.counters["result_bytes"] = size;
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(file.path)));

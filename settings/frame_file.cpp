@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <bit>
+#include <cmath>
+#include <cstdint>
 #include <map>
 #include <utility>
 #include <vector>
@@ -23,6 +25,11 @@ struct Track {
   // The component whose record came after this one's the last time; it mostly does again.
   std::pair<const std::vector<int>, Track>* following = nullptr;
 };
+
+bool sameBits(const Matrix& first, const Matrix& second) {
+  using Bits = std::array<std::uint64_t, 16>;
+  return std::bit_cast<Bits>(first) == std::bit_cast<Bits>(second);
+}
 
 // Room grows by the half of what is wanted only where the announced count does not tell better; never to more than four
 // times what the file has really held, so that a wrong count costs nothing.
@@ -48,7 +55,8 @@ void spellOut(Track& track, std::size_t further, std::size_t announced) {
 // By comparing numbers: zeros are equal whatever their signs, what is not a number equals nothing.
 bool moves(const Track& track) {
   const Matrix& first = track.frames.front();
-  return (track.repeats > 0 && first != first) ||
+  const bool numbers = std::none_of(first.begin(), first.end(), [](double number) { return std::isnan(number); });
+  return (track.repeats > 0 && !numbers) ||
          std::any_of(track.frames.begin() + 1, track.frames.end(), [&](const Matrix& frame) { return frame != first; });
 }
 
@@ -116,7 +124,7 @@ class FrameReader {
 
   void add(const Matrix& matrix) {
     Track& track = trackOfPath();
-    if (track.frames.size() == 1 && std::memcmp(&track.frames.front(), &matrix, sizeof matrix) == 0) {
+    if (track.frames.size() == 1 && sameBits(track.frames.front(), matrix)) {
       ++track.repeats;
       return;
     }

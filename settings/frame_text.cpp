@@ -125,11 +125,11 @@ constexpr std::array<double, 2 * kLargestPower + 1> kPowers = {
 // The nearest float, when it is certain. Mantissa, power and product are each rounded once, so the double is fewer than
 // four of its own steps off; only next to the middle between two floats could that lead to the wrong one.
 bool toFloat(const Decimal& decimal, float& value) {
-  if (decimal.exponent < -kLargestPower || decimal.exponent > kLargestPower) {
+  const int power = decimal.exponent + kLargestPower;
+  if (power < 0 || power > 2 * kLargestPower) {
     return false;
   }
-  const double number =
-      static_cast<double>(decimal.mantissa) * kPowers[static_cast<std::size_t>(decimal.exponent + kLargestPower)];
+  const double number = static_cast<double>(decimal.mantissa) * kPowers[static_cast<std::size_t>(power)];
   constexpr std::uint64_t kFurtherBits = (std::uint64_t{1} << 29) - 1;  // of a double's fraction beyond a float's
   constexpr std::uint64_t kMiddle = std::uint64_t{1} << 28;
   constexpr std::uint64_t kMargin = 8;
