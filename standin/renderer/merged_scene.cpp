@@ -67,7 +67,8 @@ class Merger {
       node.content = held->content;
       node.script = held->script;
     }
-    node.children = merge(group.children, held ? held->children : std::vector<Node>());
+    static const std::vector<Node> kNone;
+    node.children = merge(group.children, held ? held->children : kNone);
     return node;
   }
 
