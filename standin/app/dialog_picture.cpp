@@ -47,6 +47,7 @@ Block beside(const std::vector<Block>& blocks, const std::vector<std::size_t>& w
 
 Block beside(const std::vector<Block>& blocks) {
   std::vector<std::size_t> widths;
+  widths.reserve(blocks.size());
   for (const Block& block : blocks) widths.push_back(widthOf(block));
   return beside(blocks, widths);
 }
@@ -211,7 +212,7 @@ std::string framed(const std::string& title, const Block& block) {
 
 std::string spinboxRange(const SpinboxState& spinbox) {
   const SpinboxState anything;
-  const std::string steps =
+  std::string steps =
       fmt::format("by {} or {}", number(spinbox, spinbox.increment), number(spinbox, spinbox.fastIncrement));
   const bool isOpen = spinbox.minimum == anything.minimum || spinbox.maximum == anything.maximum;
   if (!isOpen)

@@ -9,7 +9,6 @@
 #include "standin/cad/operation.h"
 #include "standin/windows/code_page.h"
 
-using standin::AllocationKind;
 using standin::Operation;
 using standin::Session;
 

@@ -325,6 +325,35 @@ TEST_F(DialogTest, AButtonWorksWhenItIsEnabledAndTheDialogOpen) {
   EXPECT_EQ(spinbox(), 0);
 }
 
+// Exits its dialog, then shows another and reads the first, as an action does that starts an export.
+void exitAndShowAnother(char* dialog, char*, ProAppData data) {
+  auto& calls = *static_cast<Calls*>(data);
+  ProUIDialogExit(dialog, 5);
+  ProUIGridopts cell = {};
+  char inner[] = "Inner", button[] = "close", spinbox[] = "spinbox";
+  ProUIDialogCreate(inner, nullptr);
+  ProUIDialogPushbuttonAdd(inner, button, &cell);
+  ProUIPushbuttonActivateActionSet(inner, button, record, &calls);
+  int status = 0;
+  ProUIDialogActivate(inner, &status);
+  ProUIDialogDestroy(inner);
+  double value = 0;
+  ProUISpinboxDoubleGet(dialog, spinbox, &value);
+  calls.components.push_back(std::to_string(status) + " " + std::to_string(static_cast<int>(value)));
+}
+
+TEST_F(DialogTest, AnActionGoesOnAfterItExitedItsDialog) {
+  ProUIPushbuttonActivateActionSet(d_, text("pushbutton"), exitAndShowAnother, &calls_);
+  ProUISpinboxDoubleSet(d_, text("spinbox"), 7);
+  calls_.exitOn = "close";
+  int status = 0;
+  EXPECT_EQ(ProUIDialogActivate(d_, &status), PRO_TK_NO_ERROR);
+  EXPECT_EQ(status, 5);
+  EXPECT_EQ(calls_.components, (Lines{"close", "5 7"}));
+  EXPECT_EQ(session_.dialogsShown, (Lines{"D", "Inner"}));
+  EXPECT_TRUE(misuse().empty());
+}
+
 TEST_F(DialogTest, TheDefaultIsToCancel) {
   ProUILayoutPushbuttonAdd(d_, text("layout"), text("Only_Cancel"), &grid_);
   ProUIPushbuttonActivateActionSet(d_, text("Only_Cancel"), record, &calls_);
