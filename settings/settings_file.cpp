@@ -2,7 +2,12 @@
 
 #include <tinyxml.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +21,19 @@ namespace rendara {
 namespace {
 
 constexpr std::size_t kPathBuffer = 1024;
+
+// Far more than the settings ever need. The XML library goes down into nested elements by recursion and takes the
+// square of their depth in time.
+constexpr std::uintmax_t kMostBytes = 1 << 20;
+constexpr std::ptrdiff_t kMostTags = 1000;
+
+bool isFitForParsing(const char* path) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  std::ifstream file(path, std::ios::binary);
+  return !error && size <= kMostBytes &&
+         std::count(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>(), '<') <= kMostTags;
+}
 
 // Texts are kept as they stand while this lives: paths may hold runs of blanks.
 class KeepWhiteSpace {
@@ -102,6 +120,9 @@ const char* boolText(bool value) { return value ? "true" : "false"; }
 void loadSettings(PluginSettings& settings) {
   const KeepWhiteSpace keepWhiteSpace;
   TiXmlDocument document(kSettingsFile);
+  if (!isFitForParsing(kSettingsFile)) {
+    return;
+  }
   // The file holds bytes of the system code page. Taken for UTF-8, as a declaration without an encoding otherwise is,
   // an accented letter would swallow the bytes after it.
   if (!document.LoadFile(TIXML_ENCODING_LEGACY)) {

@@ -7,8 +7,9 @@ namespace rendara {
 
 inline constexpr char kSettingsFile[] = "rendara_plugin_settings.xml";
 
-// Fills the settings from the file. A file that is missing, unreadable or not well-formed changes nothing; an element
-// that is missing or has no text leaves its field as it is. Values are taken as they are, without a range check.
+// Fills the settings from the file. A file that is missing, unreadable, not well-formed, or larger than any of this
+// system (1 MB, 1000 tags) changes nothing; an element that is missing or has no text leaves its field as it is. Values
+// are taken as they are, without a range check.
 void loadSettings(PluginSettings& settings);
 
 // Writes all saved settings over the file; a failure passes in silence.

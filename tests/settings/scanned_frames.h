@@ -48,7 +48,7 @@ inline bool scanPath(std::FILE* file, int count, std::vector<int>& path) {
   }
   if (std::fscanf(file, " (%lld", &first) != 1) return false;
   path.push_back(bounded(first));
-  for (int i = 0; i < count - 2; ++i) {
+  for (int i = 2; i < count; ++i) {
     if (std::fscanf(file, "%lld", &first) != 1) return false;
     path.push_back(bounded(first));
   }
