@@ -1,5 +1,6 @@
-// Writes the sample assembly samples/twin_compressor.step and the texture samples/nameplate.png. Run again, it writes
-// the same bytes. What STEP does not carry stands in samples/twin_compressor.json, which is kept by hand.
+// Writes the sample assembly samples/twin_compressor.step, its motion samples/twin_compressor.fra and the texture
+// samples/nameplate.png. Run again, it writes the same bytes. What STEP does not carry stands in
+// samples/twin_compressor.json, which is kept by hand.
 #include <BRepBndLib.hxx>
 #include <BRepGProp.hxx>
 #include <Bnd_Box.hxx>
@@ -11,18 +12,27 @@
 #include <cmath>
 #include <exception>
 #include <filesystem>
-#include <gp_Ax1.hxx>
+#include <gp_Trsf.hxx>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "tools/sample/mechanism.h"
+#include "tools/sample/motion.h"
 #include "tools/sample/nameplate_image.h"
 #include "tools/sample/parts.h"
+#include "tools/sample/placements.h"
 #include "tools/sample/sample_document.h"
 
 namespace {
 
 using sample::Colour;
+using sample::kAlongX;
+using sample::kAlongZ;
+using sample::MechanismPose;
 using sample::SampleDocument;
+using sample::shift;
+using sample::turn;
 
 constexpr Colour kCastIron = {86, 98, 112};
 constexpr Colour kBlue = {38, 84, 140};
@@ -39,21 +49,6 @@ constexpr Colour kBrass = {196, 160, 84};
 constexpr Colour kWhite = {240, 240, 236};
 constexpr Colour kOrange = {214, 92, 28};
 
-gp_Trsf shift(double x, double y, double z) {
-  gp_Trsf placement;
-  placement.SetTranslation(gp_Vec(x, y, z));
-  return placement;
-}
-
-// A turn about an axis through the origin, then a shift.
-gp_Trsf turn(const gp_Dir& axis, double degrees, double x = 0, double y = 0, double z = 0) {
-  gp_Trsf rotation;
-  rotation.SetRotation(gp_Ax1(gp_Pnt(0, 0, 0), axis), sample::radians(degrees));
-  return shift(x, y, z) * rotation;
-}
-
-const gp_Dir kX(1, 0, 0);
-const gp_Dir kZ(0, 0, 1);
 const gp_Trsf kHere;
 
 // Which part of the gauge a face belongs to is told by its middle and by its farthest corner from the dial's axis.
@@ -112,11 +107,11 @@ TDF_Label addHead(SampleDocument& document, const TDF_Label& bolt) {
 }
 
 TDF_Label addCylinderUnit(SampleDocument& document, const TDF_Label& bolt) {
-  const double pin = sample::wristPinDistance(sample::kCrankAngle);
+  const gp_Trsf pin = sample::mechanismPose(sample::kCrankAngle).piston;
   const TDF_Label unit = document.addAssembly("cylinder_unit");
   document.place(unit, document.addPart("cylinder_barrel", sample::barrel(), kCastIron), kHere, "cylinder_barrel");
-  document.place(unit, document.addPart("piston", sample::piston(), kAluminium), shift(0, 0, pin), "piston");
-  document.place(unit, document.addPart("wrist_pin", sample::wristPin(), kSteel), shift(0, 0, pin), "wrist_pin");
+  document.place(unit, document.addPart("piston", sample::piston(), kAluminium), pin, "piston");
+  document.place(unit, document.addPart("wrist_pin", sample::wristPin(), kSteel), pin, "wrist_pin");
   document.place(unit, addHead(document, bolt), shift(0, 0, sample::kHeadFace), "head");
   return unit;
 }
@@ -139,25 +134,23 @@ void addFrame(SampleDocument& document, const TDF_Label& top, const TDF_Label& b
   }
 }
 
-void addMechanism(SampleDocument& document, const TDF_Label& top, const TDF_Label& bolt) {
+// The cylinder unit, which is placed twice.
+TDF_Label addMechanism(SampleDocument& document, const TDF_Label& top, const TDF_Label& bolt) {
   const TDF_Label drive = document.addAssembly("crank_drive");
   document.place(drive, document.addPart("crankshaft", sample::crankshaft(), kDarkSteel), kHere, "crankshaft");
   document.place(drive, document.addPart("flywheel", sample::flywheel(), kRed), shift(sample::kFlywheelPlace, 0, 0),
                  "flywheel");
-  document.place(top, drive, turn(kX, sample::kCrankAngle, 0, 0, sample::kCrankHeight), "crank_drive");
+  const MechanismPose pose = sample::mechanismPose(sample::kCrankAngle);
+  document.place(top, drive, pose.crankDrive, "crank_drive");
 
   const TDF_Label rod = document.addPart("connecting_rod", sample::connectingRod(), kSteel);
-  const double angle = sample::radians(sample::kCrankAngle);
-  const double y = sample::kCrankRadius * std::cos(angle);
-  const double z = sample::kCrankRadius * std::sin(angle);
-  const double lean = sample::rodLean(sample::kCrankAngle);
-  document.place(top, rod, turn(kX, lean, sample::kThrowOffset, y, sample::kCrankHeight + z), "rod_a");
-  document.place(top, rod, turn(kX, lean + 180, -sample::kThrowOffset, -y, sample::kCrankHeight - z), "rod_b");
+  document.place(top, rod, pose.rodA, "rod_a");
+  document.place(top, rod, pose.rodB, "rod_b");
 
   const TDF_Label unit = addCylinderUnit(document, bolt);
-  const gp_Trsf unitA = turn(kX, -90, sample::kThrowOffset, 0, sample::kCrankHeight);
-  document.place(top, unit, unitA, "cylinder_a");
-  document.place(top, unit, turn(kZ, 180) * unitA, "cylinder_b");
+  document.place(top, unit, pose.unitA, "cylinder_a");
+  document.place(top, unit, pose.unitB, "cylinder_b");
+  return unit;
 }
 
 void addAccessories(SampleDocument& document, const TDF_Label& top) {
@@ -165,9 +158,9 @@ void addAccessories(SampleDocument& document, const TDF_Label& top) {
   const TDF_Label nut = document.addPart("union_nut", sample::unionNut(), kBrass);
   document.place(line, document.addPart("air_pipe", sample::airPipe(), kCopper), kHere, "air_pipe");
   document.place(line, nut, shift(sample::kThrowOffset, sample::kHeadFace + 7, sample::kCrankHeight + 48), "lower_nut");
-  document.place(line, nut, turn(kX, -90, 0, sample::kTeeHalfSize, sample::kTeeHeight), "upper_nut");
+  document.place(line, nut, turn(kAlongX, -90, 0, sample::kTeeHalfSize, sample::kTeeHeight), "upper_nut");
   document.place(top, line, kHere, "air_line_a");
-  document.place(top, line, turn(kZ, 180), "air_line_b");
+  document.place(top, line, turn(kAlongZ, 180), "air_line_b");
   document.place(top, document.addPart("tee_block", sample::teeBlock(), kBrass), kHere, "tee_block");
   const TDF_Label gauge = document.addPart("pressure_gauge", sample::pressureGauge(), kRubber);
   document.colourFaces(gauge, gaugeColour);
@@ -177,10 +170,34 @@ void addAccessories(SampleDocument& document, const TDF_Label& top) {
   document.colourFaces(plate, nameplateColour);
   document.place(top, plate, shift(sample::kWallHalfLength, -sample::kNameplateWidth / 2, 34), "nameplate");
   document.place(top, document.addPart("oil_plug", sample::oilPlug(), kOrange),
-                 turn(kX, -90, -30, sample::kWallHalfWidth, 36), "oil_plug");
+                 turn(kAlongX, -90, -30, sample::kWallHalfWidth, 36), "oil_plug");
   document.place(top, document.addPart("transport_bracket", sample::transportBracket(), kOrange), kHere,
                  "transport_bracket");
   document.place(top, document.addPart("crankcase_cover", sample::crankcaseCover(), kBlue), kHere, "crankcase_cover");
+}
+
+// The bodies of the mechanism: what moves, and some of what it moves in.
+void writeMotion(const SampleDocument& document, const TDF_Label& top, const TDF_Label& unit,
+                 const std::filesystem::path& file) {
+  std::vector<sample::Body> bodies;
+  const auto add = [&](const std::string& name, auto placement) {
+    bodies.push_back({{document.componentNumber(top, name)}, placement});
+  };
+  add("base_plate", [](const MechanismPose&) { return kHere; });
+  add("crankcase", [](const MechanismPose&) { return kHere; });
+  add("crank_drive", [](const MechanismPose& pose) { return pose.crankDrive; });
+  add("rod_a", [](const MechanismPose& pose) { return pose.rodA; });
+  add("rod_b", [](const MechanismPose& pose) { return pose.rodB; });
+  const auto addUnit = [&](const std::string& name, auto place) {
+    add(name, place);
+    for (const char* inside : {"piston", "wrist_pin"}) {
+      bodies.push_back({{document.componentNumber(top, name), document.componentNumber(unit, inside)},
+                        [place](const MechanismPose& pose) { return place(pose) * pose.piston; }});
+    }
+  };
+  addUnit("cylinder_a", [](const MechanismPose& pose) { return pose.unitA; });
+  addUnit("cylinder_b", [](const MechanismPose& pose) { return pose.unitB; });
+  sample::writeMotion(file, bodies);
 }
 
 // The translator tells of its progress; only failures matter here.
@@ -196,9 +213,10 @@ void makeSample(const std::filesystem::path& folder) {
   const TDF_Label top = document.addAssembly("twin_compressor");
   const TDF_Label bolt = document.addPart("bolt_m6", sample::boltM6(), kZinc);
   addFrame(document, top, bolt);
-  addMechanism(document, top, bolt);
+  const TDF_Label unit = addMechanism(document, top, bolt);
   addAccessories(document, top);
   document.writeStep(folder / "twin_compressor.step");
+  writeMotion(document, top, unit, folder / "twin_compressor.fra");
   sample::writeNameplate(folder / "nameplate.png");
 }
 

@@ -12,6 +12,7 @@
 #include <TColStd_IndexedMapOfTransient.hxx>
 #include <TCollection_ExtendedString.hxx>
 #include <TCollection_HAsciiString.hxx>
+#include <TDF_LabelSequence.hxx>
 #include <TDataStd_Name.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopLoc_Location.hxx>
@@ -124,6 +125,19 @@ TDF_Label SampleDocument::addAssembly(const std::string& name) {
 void SampleDocument::place(const TDF_Label& assembly, const TDF_Label& component, const gp_Trsf& placement,
                            const std::string& name) {
   setName(shapes_->AddComponent(assembly, component, TopLoc_Location(placement)), name);
+}
+
+int SampleDocument::componentNumber(const TDF_Label& assembly, const std::string& name) const {
+  TDF_LabelSequence components;
+  XCAFDoc_ShapeTool::GetComponents(assembly, components);
+  for (int number = 1; number <= components.Length(); ++number) {
+    Handle(TDataStd_Name) known;
+    if (components.Value(number).FindAttribute(TDataStd_Name::GetID(), known) &&
+        known->Get().IsEqual(TCollection_ExtendedString(name.c_str()))) {
+      return number;
+    }
+  }
+  throw std::runtime_error("no component " + name);
 }
 
 void SampleDocument::writeStep(const std::filesystem::path& file) {

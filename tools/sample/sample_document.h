@@ -34,6 +34,8 @@ class SampleDocument {
   void colourFaces(const TDF_Label& part, const std::function<std::optional<Colour>(const TopoDS_Face&)>& colourOf);
   TDF_Label addAssembly(const std::string& name);
   void place(const TDF_Label& assembly, const TDF_Label& component, const gp_Trsf& placement, const std::string& name);
+  // From 1, in the order of placing; throws when the assembly has no component of that name.
+  int componentNumber(const TDF_Label& assembly, const std::string& name) const;
 
   // AP214, millimetres; throws when it cannot be written.
   void writeStep(const std::filesystem::path& file);
