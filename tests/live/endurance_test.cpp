@@ -17,11 +17,10 @@ namespace {
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kCountsHeap = false;  // freed blocks are kept for a while
-constexpr int kTurns = 10;
 #else
 constexpr bool kCountsHeap = true;
-constexpr int kTurns = 50;
 #endif
+constexpr int kTurns = 50;
 constexpr int kUpdates = 19;  // in a turn, after a Render
 // Until every cache has its size.
 constexpr int kWarmUpTurns = 3;
