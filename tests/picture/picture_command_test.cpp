@@ -74,6 +74,10 @@ TEST(PictureCommand, TellsHowItEnded) {
       {{"pump.rpk", "x.png", "--size", "40x30x2"}, ExitCode::kUsage, "40x30x2"},
       {{"pump.rpk", "x.png", "--size", "99999999999x1"}, ExitCode::kUsage, "99999999999x1"},
       {{"pump.rpk", "x.png", "--size", "16384x16384"}, ExitCode::kUsage, "too large"},
+      {{"pump.rpk", "x.png", "--time", "1", "--frames", "2"}, ExitCode::kUsage, "exclude"},
+      {{"pump.rpk", "x.png", "--time", "nan"}, ExitCode::kUsage, "seconds"},
+      {{"pump.rpk", "x.png", "--frames", "0"}, ExitCode::kUsage, "one picture"},
+      {{"pump.rpk", "x.png", "--frames", "2000000000"}, ExitCode::kUsage, "too large"},
       {{"pump.rpk", "x.jpg"}, ExitCode::kUsage, "*.png"},
       {{"pump.rpk", "pump.rpk"}, ExitCode::kUsage, "pump.rpk"},
       {{"pump.rpk", "x.png", "--edge"}, ExitCode::kUsage, "--edges"},
@@ -124,6 +128,41 @@ TEST(PictureCommand, FindsTexturesBesideThePackage) {
     const std::uint8_t* middle = image->at(10, 10);
     EXPECT_GT(middle[entry.found ? 1 : 2], 180) << entry.texture;
     EXPECT_LT(middle[entry.found ? 2 : 1], 60) << entry.texture;
+  }
+}
+
+// The plate goes to the right; the camera looks on as at rest.
+TEST(PictureCommand, DrawsAMovingModelAtATime) {
+  const rendara::testing::WorkingFolder folder;
+  const std::string rest = plate("none.png");
+  const std::string object = "    object \"plate\"";
+  std::string moving = rest;
+  moving.insert(moving.find(object),
+                "    animation \"fbx_animation\" \"plate\" {\n      \"matrices\" [\n"
+                "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1,\n1 0 0 0 0 1 0 0 0 0 1 0 0.5 0 0 1 ],\n"
+                "      \"timestamps\" [\n0, 1000 ],\n    }\n");
+  writeFile("rest.rpk", rest);
+  writeFile("moving.rpk", moving);
+  const auto drawn = [](const std::string& package, const std::vector<std::string>& options) {
+    std::vector<std::string> words = {package, "out.png", "--size", "40x40", "--camera", "front"};
+    words.insert(words.end(), options.begin(), options.end());
+    EXPECT_EQ(run(words).code, ExitCode::kDone);
+    return rpk::decodeImage(readFile("out.png")).value_or(rpk::Image{});
+  };
+  const rpk::Image resting = drawn("rest.rpk", {});
+  EXPECT_EQ(drawn("moving.rpk", {}).pixels, resting.pixels);
+  EXPECT_EQ(drawn("moving.rpk", {"--time", "0"}).pixels, resting.pixels);
+  const rpk::Image end = drawn("moving.rpk", {"--time", "1"});
+  EXPECT_NE(end.pixels, resting.pixels);
+  const Outcome still = run({"rest.rpk", "x.png", "--time", "1"});
+  EXPECT_EQ(still.code, ExitCode::kUsage);
+  EXPECT_NE(still.error.find("nothing moves"), std::string::npos) << still.error;
+  const rpk::Image strip = drawn("moving.rpk", {"--frames", "2"});
+  ASSERT_EQ(strip.width, 80U);
+  ASSERT_EQ(strip.height, 40U);
+  for (std::uint32_t y = 0; y < 40; ++y) {
+    EXPECT_TRUE(std::equal(strip.at(0, y), strip.at(40, y), resting.at(0, y)));
+    EXPECT_TRUE(std::equal(strip.at(40, y), strip.at(40, y) + 160, end.at(0, y)));
   }
 }
 

@@ -29,11 +29,12 @@ bool singleMaterial(const std::vector<DrawnObject>& drawn) {
                      [&](const DrawnObject& entry) { return name(entry) == name(drawn.front()); });
 }
 
-void collectPlaced(const Group& group, const Matrix& around, std::vector<PlacedGroup>& placed) {
-  const Matrix placement = group.placement ? multiply(*group.placement, around) : around;
+void collectPlaced(const Group& group, const Matrix& around, const std::function<Matrix(const Group&)>& placementOf,
+                   std::vector<PlacedGroup>& placed) {
+  const Matrix placement = multiply(placementOf(group), around);
   if (group.holdsGeometry() || group.reference()) placed.push_back({&group, placement});
   for (const auto& child : group.children) {
-    if (!child->materialGroup()) collectPlaced(*child, placement, placed);
+    if (!child->materialGroup()) collectPlaced(*child, placement, placementOf, placed);
   }
 }
 
@@ -73,8 +74,12 @@ const Group* geometryHolder(const Group& group) {
 }
 
 std::vector<PlacedGroup> placedGroups(const Scene& scene) {
+  return placedGroups(scene, [](const Group& group) { return group.placement.value_or(kIdentity); });
+}
+
+std::vector<PlacedGroup> placedGroups(const Scene& scene, const std::function<Matrix(const Group&)>& placementOf) {
   std::vector<PlacedGroup> placed;
-  for (const auto& group : scene.groups) collectPlaced(*group, kIdentity, placed);
+  for (const auto& group : scene.groups) collectPlaced(*group, kIdentity, placementOf, placed);
   return placed;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "tools/rpk/scene_summary.h"
@@ -34,6 +35,8 @@ struct PlacedGroup {
 // All groups with something to draw, in the order of the file; inner groups of one material are part of the group
 // around them. Placements are those of the groups at rest: animations do not apply.
 std::vector<PlacedGroup> placedGroups(const Scene& scene);
+// The same, in the same order, where each group stands at another place in the group around it.
+std::vector<PlacedGroup> placedGroups(const Scene& scene, const std::function<Matrix(const Group&)>& placementOf);
 
 // A mesh copied out of the file and made safe to use: every index is below the number of vertices and every coordinate
 // is finite. Triangles that break this are left out and counted.

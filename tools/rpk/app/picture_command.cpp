@@ -5,8 +5,11 @@
 #include <fmt/ranges.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
@@ -20,6 +23,7 @@
 
 #include "tools/rpk/app/output_file.h"
 #include "tools/rpk/app/package_input.h"
+#include "tools/rpk/gltf/motion.h"
 #include "tools/rpk/picture/draw_picture.h"
 #include "tools/rpk/texture_file.h"
 #include "tools/terminal/progress.h"
@@ -35,6 +39,8 @@ struct Options {
   std::string size = "1600x1000";
   bool edges = false;
   bool exact = false;
+  std::optional<double> time;   // seconds
+  std::optional<int> pictures;  // side by side, over the whole motion
 };
 
 void warn(const Options& options, const std::string& what) {
@@ -55,6 +61,17 @@ void readSize(const std::string& text, PictureOptions& picture) {
       std::uint64_t{picture.width} * picture.height > kMaxPicturePixels) {
     refuse(fmt::format("--size: {} is too large; a side has at most {} pixels and the picture {} million", text,
                        kMaxPictureSide, kMaxPicturePixels / 1'000'000));
+  }
+}
+
+void checkStrip(const Options& options, const PictureOptions& picture) {
+  if (options.time && options.pictures) refuse("--time and --frames exclude each other");
+  if (options.time && !std::isfinite(*options.time)) refuse("--time: not a number of seconds");
+  if (!options.pictures) return;
+  if (*options.pictures < 1) refuse("--frames: there is to be one picture at least");
+  const std::uint64_t width = std::uint64_t{picture.width} * static_cast<std::uint64_t>(*options.pictures);
+  if (width > kMaxPictureSide || width * picture.height > kMaxPicturePixels) {
+    refuse(fmt::format("--frames: {} pictures of {} side by side are too large", *options.pictures, options.size));
   }
 }
 
@@ -103,8 +120,12 @@ std::shared_ptr<const Image> loadTexture(const std::string& path, const Options&
   return nullptr;
 }
 
+PictureSource sourceOf(const Options& options) {
+  return options.exact ? PictureSource::kExactSurfaces : PictureSource::kMeshes;
+}
+
 PictureScene buildScene(const Scene& scene, const Options& options) {
-  const auto source = options.exact ? PictureSource::kExactSurfaces : PictureSource::kMeshes;
+  const auto source = sourceOf(options);
   PictureScene built(pictureModel(
       scene, [&options](const std::string& path) { return loadTexture(path, options); }, source));
   if (built.empty()) {
@@ -121,6 +142,52 @@ PictureScene buildScene(const Scene& scene, const Options& options) {
   return built;
 }
 
+// The moments to draw; nothing for the model at rest.
+std::vector<double> momentsOf(const Scene& scene, const Options& options) {
+  if (!options.time && !options.pictures) return {};
+  const auto end = motionEnd(scene);
+  if (!end) refuse(fmt::format("{}: nothing moves in the package", options.file));
+  if (options.time) return {*options.time};
+  std::vector<double> moments;
+  moments.reserve(static_cast<std::size_t>(*options.pictures));
+  for (int i = 0; i < *options.pictures; ++i) moments.push_back(*end * i / std::max(*options.pictures - 1, 1));
+  return moments;
+}
+
+// Copies a picture into a strip of as many pictures of its size.
+void place(const Image& picture, std::size_t number, std::size_t count, Image& strip) {
+  const std::size_t row = std::size_t{picture.width} * 4;
+  strip.width = picture.width * static_cast<std::uint32_t>(count);
+  strip.height = picture.height;
+  strip.pixels.resize(row * count * picture.height);
+  for (std::size_t y = 0; y < picture.height; ++y) {
+    std::copy_n(picture.pixels.begin() + static_cast<std::ptrdiff_t>(y * row), row,
+                strip.pixels.begin() + static_cast<std::ptrdiff_t>((y * count + number) * row));
+  }
+}
+
+// The camera stands as for the model at rest, so that pictures of different times can be compared.
+Image draw(const Scene& scene, PictureScene& built, const PictureCamera& camera, const PictureOptions& drawing,
+           const Options& options, terminal::Progress& progress) {
+  const std::vector<double> moments = momentsOf(scene, options);
+  const std::size_t count = std::max<std::size_t>(moments.size(), 1);
+  Image strip;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!moments.empty()) {
+      const auto placementOf = [&](const Group& group) { return placementAt(group, moments[i]); };
+      built.place(instancePlacements(placedGroups(scene, placementOf), sourceOf(options)));
+    }
+    Image image = drawPicture(built, camera, drawing, [&](double done) {
+      progress.show(
+          fmt::format("Drawing {:.0f} %", (static_cast<double>(i) + done) * 100 / static_cast<double>(count)));
+      return true;
+    });
+    if (count == 1) return image;
+    place(image, i, count, strip);
+  }
+  return strip;
+}
+
 void writePicture(const Image& image, const Options& options) {
   const std::string bytes = encodePng(image, false);
   if (bytes.empty()) throw Failure(ExitCode::kOutput, fmt::format("{}: out of memory", options.output));
@@ -133,6 +200,7 @@ ExitCode picture(const Options& options, std::ostream& out) {
   PictureOptions drawing;
   drawing.edges = options.edges;
   readSize(options.size, drawing);
+  checkStrip(options, drawing);
   checkOutput(options);
   const MappedFile file = openPackage(options.file);
   terminal::Progress progress(stderr);
@@ -140,12 +208,9 @@ ExitCode picture(const Options& options, std::ostream& out) {
   const Scene scene = readScene(file.bytes());
   const ViewDirection view = chooseView(scene, options);
   progress.show("Building");
-  const PictureScene built = buildScene(scene, options);
+  PictureScene built = buildScene(scene, options);
   const PictureCamera camera = frameScene(built, view, drawing.width, drawing.height);
-  const Image image = drawPicture(built, camera, drawing, [&progress](double done) {
-    progress.show(fmt::format("Drawing {:.0f} %", done * 100));
-    return true;
-  });
+  const Image image = draw(scene, built, camera, drawing, options, progress);
   writePicture(image, options);
   progress.end();
   fmt::print(out, "{}: {} x {}, camera \"{}\", {} part{}, {} triangles\n", options.output, image.width, image.height,
@@ -162,7 +227,8 @@ ExitCode picture(const Options& options, std::ostream& out) {
 void addPictureCommand(CLI::App& program, Work& work) {
   CLI::App* command = program.add_subcommand(
       "picture",
-      "Draws a package: the whole model at rest, in its colours and textures. A closed part whose inner side shows is "
+      "Draws a package: the whole model, at rest unless a time is given, in its colours and textures. A closed part "
+      "whose inner side shows is "
       "inside out, or has a face that is, and gets red stripes there; an open one is darker on its inner side");
   const auto options = std::make_shared<Options>();
   command->add_option("FILE", options->file, "The package")->required();
@@ -175,6 +241,11 @@ void addPictureCommand(CLI::App& program, Work& work) {
   command->add_option("--size", options->size, "Pixels, as WxH")->capture_default_str();
   command->add_flag("--edges", options->edges, "Lines along outlines, sharp edges and borders of materials");
   command->add_flag("--exact", options->exact, "From the exact surfaces and their trims in the place of the meshes");
+  command->add_option("--time", options->time,
+                      "The model as its animations have it at so many seconds, seen as it is seen at rest; between "
+                      "two frames it moves evenly, before the first and after the last it stands");
+  command->add_option("--frames", options->pictures,
+                      "So many pictures of --size side by side, from the beginning of the motion to its end");
   command->callback([options, &work] { work = [options](std::ostream& out) { return picture(*options, out); }; });
 }
 

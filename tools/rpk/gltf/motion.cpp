@@ -1,6 +1,7 @@
 #include "tools/rpk/gltf/motion.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace rpk {
 namespace {
@@ -48,6 +49,40 @@ std::optional<std::vector<Pose>> posesOf(const std::vector<Matrix>& matrices, co
   return poses;
 }
 
+// The short way is the straight one, since poses are aligned.
+Quaternion turnBetween(const Quaternion& first, const Quaternion& second, double part) {
+  double cosine = 0;
+  for (std::size_t i = 0; i < 4; ++i) cosine += first[i] * second[i];
+  const double angle = std::acos(std::clamp(cosine, -1.0, 1.0));
+  const bool small = angle < 1e-4;  // an arc like its chord
+  const double begin = small ? 1 - part : std::sin((1 - part) * angle) / std::sin(angle);
+  const double end = small ? part : std::sin(part * angle) / std::sin(angle);
+  Quaternion turn{};
+  for (std::size_t i = 0; i < 4; ++i) turn[i] = begin * first[i] + end * second[i];
+  return turn;
+}
+
+Pose between(const Pose& first, const Pose& second, double part) {
+  Pose pose;
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    pose.translation[axis] = std::lerp(first.translation[axis], second.translation[axis], part);
+    pose.scale[axis] = std::lerp(first.scale[axis], second.scale[axis], part);
+  }
+  pose.rotation = turnBetween(first.rotation, second.rotation, part);
+  return pose;
+}
+
+std::optional<Motion> motionOf(const Group& group) {
+  const auto placement = cleanPlacement(group.placement.value_or(kIdentity));
+  if (group.animations.empty() || !placement) return std::nullopt;
+  return toMotion(group.animations.front(), *placement);
+}
+
+void findEnd(const Group& group, std::optional<double>& end) {
+  if (const auto motion = motionOf(group)) end = std::max(end.value_or(0), double{motion->times.back()});
+  for (const auto& child : group.children) findEnd(*child, end);
+}
+
 }  // namespace
 
 std::optional<Motion> toMotion(const Animation& animation, const Matrix& placement) {
@@ -63,6 +98,30 @@ std::optional<Motion> toMotion(const Animation& animation, const Matrix& placeme
   motion.times = std::move(samples.times);
   motion.poses = std::move(*poses);
   return motion;
+}
+
+Pose poseAt(const Motion& motion, double seconds) {
+  const auto next = std::upper_bound(motion.times.begin(), motion.times.end(), seconds,
+                                     [](double wanted, float time) { return wanted < static_cast<double>(time); });
+  const auto place = static_cast<std::size_t>(next - motion.times.begin());
+  if (place == 0) return motion.poses.front();
+  if (place == motion.times.size()) return motion.poses.back();
+  const double before = motion.times[place - 1];
+  return between(motion.poses[place - 1], motion.poses[place], (seconds - before) / (motion.times[place] - before));
+}
+
+Matrix placementAt(const Group& group, double seconds) {
+  const Matrix resting = group.placement.value_or(kIdentity);
+  const auto motion = motionOf(group);
+  if (!motion) return resting;
+  const Matrix posed = toMatrix(poseAt(*motion, seconds));
+  return motion->withPlacement ? posed : multiply(posed, resting);
+}
+
+std::optional<double> motionEnd(const Scene& scene) {
+  std::optional<double> end;
+  for (const auto& group : scene.groups) findEnd(*group, end);
+  return end;
 }
 
 }  // namespace rpk

@@ -176,6 +176,19 @@ std::optional<Pose> toPose(const Matrix& placement) {
 
 // With the matrix as L and the axes of L times its transpose as the rows of A, A × L has rows at right angles, and
 // L = transpose of A × (A × L).
+Matrix toMatrix(const Pose& pose) {
+  const auto& [x, y, z, w] = pose.rotation;
+  const std::array<Vector, 3> axes = {{{1 - 2 * (y * y + z * z), 2 * (x * y + z * w), 2 * (x * z - y * w)},
+                                       {2 * (x * y - z * w), 1 - 2 * (x * x + z * z), 2 * (y * z + x * w)},
+                                       {2 * (x * z + y * w), 2 * (y * z - x * w), 1 - 2 * (x * x + y * y)}}};
+  Matrix matrix = kIdentity;
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column) matrix[row * 4 + column] = pose.scale[row] * axes[row][column];
+    matrix[12 + row] = pose.translation[row];
+  }
+  return matrix;
+}
+
 SplitPlacement splitPlacement(const Matrix& placement) {
   if (const auto whole = toPose(placement)) return {std::nullopt, *whole};
   const Rows rows = rowsOf(placement);

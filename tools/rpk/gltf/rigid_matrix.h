@@ -26,6 +26,8 @@ std::optional<Matrix> cleanPlacement(const Matrix& matrix);
 // numbers with six digits. A mirroring becomes a negative scale along x.
 std::optional<Pose> toPose(const Matrix& placement);
 
+Matrix toMatrix(const Pose& pose);
+
 // A placement of any kind as one pose, or as a rotation and the pose that follows it: point × first × second. Only the
 // second shifts and scales.
 struct SplitPlacement {

@@ -45,17 +45,21 @@ void addExact(const std::vector<DrawnObject>& drawn, PicturePart& part) {
   }
 }
 
+std::vector<DrawnObject> meshesOf(const Group& group, PictureSource source) {
+  std::vector<DrawnObject> meshes = drawnObjects(group);
+  std::erase_if(meshes, [source](const DrawnObject& drawn) {
+    return drawn.object->geometryType != (source == PictureSource::kExactSurfaces ? "nurbs" : "triangles");
+  });
+  return meshes;
+}
+
 // Gathers the distinct materials and parts of a scene while its placements are gone through.
 class Collector {
  public:
-  Collector(const TextureLoader& loader, PictureSource source)
-      : loader_(loader), exact_(source == PictureSource::kExactSurfaces) {}
+  Collector(const TextureLoader& loader, PictureSource source) : loader_(loader), source_(source) {}
 
   void add(const PlacedGroup& placed) {
-    std::vector<DrawnObject> meshes;
-    for (const DrawnObject& drawn : drawnObjects(*placed.group)) {
-      if (drawn.object->geometryType == (exact_ ? "nurbs" : "triangles")) meshes.push_back(drawn);
-    }
+    const std::vector<DrawnObject> meshes = meshesOf(*placed.group, source_);
     if (meshes.empty()) return;
     PictureInstance instance;
     instance.part = partOf(meshes);
@@ -72,7 +76,7 @@ class Collector {
     const auto [entry, added] = parts_.try_emplace(meshes.front().object, model_.parts.size());
     if (!added) return entry->second;
     PicturePart& part = model_.parts.emplace_back();
-    if (exact_) {
+    if (source_ == PictureSource::kExactSurfaces) {
       addExact(meshes, part);
     } else {
       for (const DrawnObject& mesh : meshes) part.meshes.push_back(copyMesh(mesh.object->mesh));
@@ -99,7 +103,7 @@ class Collector {
   }
 
   const TextureLoader& loader_;
-  bool exact_;
+  PictureSource source_;
   PictureModel model_;
   std::map<const Object*, std::size_t> parts_;
   std::map<std::tuple<std::string, Vector, std::string, bool>, std::size_t> materials_;
@@ -116,6 +120,14 @@ PictureModel pictureModel(const std::vector<PlacedGroup>& groups, const TextureL
   Collector collector(loader, source);
   for (const PlacedGroup& placed : groups) collector.add(placed);
   return collector.take();
+}
+
+std::vector<Matrix> instancePlacements(const std::vector<PlacedGroup>& groups, PictureSource source) {
+  std::vector<Matrix> placements;
+  for (const PlacedGroup& placed : groups) {
+    if (!meshesOf(*placed.group, source).empty()) placements.push_back(placed.placement);
+  }
+  return placements;
 }
 
 }  // namespace rpk

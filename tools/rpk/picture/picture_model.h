@@ -57,4 +57,8 @@ PictureModel pictureModel(const Scene& scene, const TextureLoader& loader = {},
 PictureModel pictureModel(const std::vector<PlacedGroup>& groups, const TextureLoader& loader = {},
                           PictureSource source = PictureSource::kMeshes);
 
+// Where the instances of such a model stand when its groups are placed otherwise: for PictureScene::place().
+std::vector<Matrix> instancePlacements(const std::vector<PlacedGroup>& groups,
+                                       PictureSource source = PictureSource::kMeshes);
+
 }  // namespace rpk
