@@ -3,16 +3,19 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <bit>
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <limits>
 #include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include "settings/animation.h"
 #include "settings/number_reading.h"
@@ -312,6 +315,35 @@ TEST(FrameFile, DamagedFilesReadAsScanned) {
     ASSERT_TRUE(sameFrames(frames, scannedFramesOf(text))) << "seed " << seed << "\n" << text;
   }
   EXPECT_GT(moving, 3000U);  // the damage leaves something to compare
+}
+
+// Where a point of a component stands in a frame.
+std::array<double, 3> placed(const std::array<double, 3>& point, const Matrix& frame) {
+  std::array<double, 3> result{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    result[i] = point[0] * frame[i] + point[1] * frame[4 + i] + point[2] * frame[8 + i] + frame[12 + i];
+  }
+  return result;
+}
+
+// The sample's crank drive (11), rods (12, 13) and the pistons (2) in its two cylinder units (14, 15) stay joined.
+TEST(FrameFile, TheSampleIsAMechanism) {
+  const AnimationFrames sample =
+      framesOf(testing::readFile(std::filesystem::path(RENDARA_SOURCE_DIR) / "samples" / "twin_compressor.fra"));
+  EXPECT_EQ(sample.animationFrameCount, 50);
+  EXPECT_EQ(sample.animationFrames.size(), 7U);
+  const auto& frames = sample.animationFrames;
+  const auto expectJoined = [](const std::array<double, 3>& first, const std::array<double, 3>& second) {
+    for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(first[i], second[i], 1e-4);
+  };
+  for (std::size_t frame = 0; frame < 50; ++frame) {
+    const Matrix& drive = frames.at({11}).at(frame);
+    for (const auto& [rod, unit, throwOffset, radius] : {std::tuple{12, 14, 18.0, 22.0}, {13, 15, -18.0, -22.0}}) {
+      const Matrix& rodFrame = frames.at({rod}).at(frame);
+      expectJoined(placed({throwOffset, radius, 0}, drive), placed({0, 0, 0}, rodFrame));
+      expectJoined(placed({0, 85, 0}, rodFrame), placed({0, 0, 0}, frames.at({unit, 2}).at(frame)));
+    }
+  }
 }
 
 }  // namespace
