@@ -17,6 +17,7 @@
 #include "standin/step/exact_measure.h"
 #include "standin/step/exact_part.h"
 #include "standin/step/step_loader.h"
+#include "tests/support/large_models.h"
 #include "tests/support/temporary_folder.h"
 #include "tools/rpk/check.h"
 #include "tools/rpk/exact/exact_check.h"
@@ -181,6 +182,9 @@ class ModelExport : public ::testing::TestWithParam<ModelCase> {
   ModelExport() { session.messageFolder = RENDARA_SOURCE_DIR "/resources/text"; }
 
   void SetUp() override {
+    if (rendara::testing::leftOutUnderSanitizers(GetParam().file)) {
+      GTEST_SKIP() << "left out under sanitizers";
+    }
     path = std::filesystem::path(RENDARA_MODEL_DIR) / GetParam().file;
     if (!std::filesystem::exists(path)) {
       GTEST_SKIP() << "there is no " << path;

@@ -30,6 +30,7 @@
 #include "standin/step/step_file.h"
 #include "standin/step/step_loader.h"
 #include "tests/gltf/gltf_probe.h"
+#include "tests/support/large_models.h"
 #include "tests/support/temporary_folder.h"
 #include "tools/rpk/drawing.h"
 #include "tools/rpk/gltf/gltf_writer.h"
@@ -158,6 +159,7 @@ class ModelGltf : public ::testing::TestWithParam<const char*> {
 };
 
 TEST_P(ModelGltf, MeasuresWhatOpenCascadesFileMeasures) {
+  if (rendara::testing::leftOutUnderSanitizers(GetParam())) GTEST_SKIP() << "left out under sanitizers";
   const std::filesystem::path path = std::filesystem::path(RENDARA_MODEL_DIR) / GetParam();
   if (!std::filesystem::exists(path)) GTEST_SKIP() << "there is no " << path;
   const standin::LoadResult loaded = standin::loadStep(session, path);
