@@ -2,17 +2,22 @@
 // process, and what the renderer then holds is compared with what a new one gets by Render.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "standin/cad/dialog.h"
+#include "standin/renderer/instance_list.h"
 #include "standin/step/step_loader.h"
 #include "standin/windows/clock.h"
 #include "standin/windows/handles.h"
+#include "standin/windows/machine_folder.h"
 #include "tests/live/expected_scene.h"
 #include "tests/live/machine.h"
 #include "tests/live/random_changes.h"
@@ -138,8 +143,14 @@ class UpdateTest : public ::testing::TestWithParam<UpdateCase> {
   standin::Session session_;
   RandomChanges changes_;
   std::map<int, int> taken_;
-  // A second passes when there is something to see of it, and at once when no renderer was started.
-  standin::SleepReplaced sleep_{[](unsigned) { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }};
+  // A second is over when the list of renderers has changed, or after a fifth of one.
+  standin::SleepReplaced sleep_{[](unsigned) {
+    const standin::InstanceList list(standin::machineFolder());
+    const std::string before = list.text();
+    for (int wait = 0; wait < 40 && list.text() == before; ++wait) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  }};
 };
 
 TEST_P(UpdateTest, HoldsWhatARenderWouldSend) {
