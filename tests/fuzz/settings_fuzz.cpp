@@ -1,7 +1,7 @@
 // Random bytes, led by what they reach, as the settings file: each field is what the file says or stays as it was.
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "settings/settings_file.h"
@@ -39,7 +39,9 @@ PluginSettings loadedOver(PluginSettings settings) {
 }
 
 // Equality by bits, which holds for what is not a number too.
-bool same(double first, double second) { return std::memcmp(&first, &second, sizeof first) == 0; }
+bool same(double first, double second) {
+  return std::bit_cast<std::uint64_t>(first) == std::bit_cast<std::uint64_t>(second);
+}
 template <typename Value>
 bool same(const Value& first, const Value& second) {
   return first == second;
