@@ -37,6 +37,7 @@ void writeSettings(const ModelOptions& options) {
   setOption(settings, "up", options.upAxis);
   settings.set("nurbs", options.noNurbs ? "off" : "on");
   settings.set("shared-materials", options.sharedMaterials ? "on" : "off");
+  settings.set("mechanism", options.frameFile ? "on" : "off");
   settings.save();
 }
 
@@ -75,6 +76,18 @@ WrittenPackage writePackage(Workbench& bench, const PackageFile& target) {
   }
 }
 
+// The user names the file when the plug-in asks for one.
+void answerMechanismPrompt(Session& session, const fs::path& frameFile) {
+  checkReadable(frameFile);
+  session.onDialog = [frameFile](Dialog& dialog) {
+    if (dialog.name == "Rendara_Animation") {
+      userSet(dialog, "Rendara_Animation_Inputpanel", frameFile.string());
+      userPress(dialog, "Rendara_Animation_Export");
+    }
+    closeByDefault(dialog);
+  };
+}
+
 // Ends the plug-in. Misuse outweighs another failure, which may well come from it.
 void finish(Session& session, PluginHost& plugin, const std::string& otherFailure) {
   plugin.unload(session);
@@ -93,6 +106,7 @@ class OpenedModel {
     bench_.open(options.model, options.overlay);
     reading_ = std::chrono::steady_clock::now() - begin;
     chooseRepresentation(session_, options);
+    if (options.frameFile) answerMechanismPrompt(session_, scratch.origin() / *options.frameFile);
   }
 
   // Ends the plug-in after the action, whatever becomes of it.

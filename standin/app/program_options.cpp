@@ -17,7 +17,7 @@ namespace {
 constexpr const char* kExamples = R"(Examples:
   creo-standin export pump.step pump.rpk
   creo-standin export pump.step pump.rpk --quality 0.8 --no-nurbs --up z
-  creo-standin export pump.step pump.rpk --overlay layers.json
+  creo-standin export pump.step pump.rpk --overlay layers.json --fra motion.fra
   creo-standin render pump.step   (starts the renderer that renderer-standin --install has installed)
   creo-standin run steps.txt
   creo-standin                    (a prompt; "help" lists its commands)
@@ -61,6 +61,8 @@ void addModelOptions(CLI::App& command, ModelOptions& options) {
   command
       .add_option("--overlay", options.overlay,
                   "What STEP has not, as JSON (default: MODEL's name with .json, when it is there)")
+      ->option_text("FILE");
+  command.add_option("--fra", options.frameFile, "Mechanism frame file: the motion that goes with the model")
       ->option_text("FILE");
   command
       .add_option("--representation", options.representation,

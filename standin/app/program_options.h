@@ -23,6 +23,7 @@ struct ModelOptions {
   std::string representation;          // empty: the master one
   std::optional<std::string> quality;  // none: the plug-in's default
   std::optional<std::string> upAxis;
+  std::optional<std::filesystem::path> frameFile;  // of a mechanism's motion
   bool noNurbs = false;
   bool sharedMaterials = false;
 };

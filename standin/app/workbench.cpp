@@ -20,14 +20,14 @@ std::vector<std::string> commandNames(Session& session) {
   return names;
 }
 
+}  // namespace
+
 void checkReadable(const std::filesystem::path& file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   if (std::filesystem::is_directory(status)) error = std::make_error_code(std::errc::is_a_directory);
   if (error) throw Failure(ExitCode::kModel, fmt::format("{}: {}", file.string(), error.message()));
 }
-
-}  // namespace
 
 Workbench::Workbench(Session& session, Plugin& plugin, terminal::Progress& progress, std::filesystem::path folder,
                      ModelReader reader)

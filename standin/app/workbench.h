@@ -31,6 +31,9 @@ struct CommandReport {
   std::vector<WrittenPackage> packages;
 };
 
+// Throws Failure(kModel) when the file is not there or is a folder.
+void checkReadable(const std::filesystem::path& file);
+
 class Workbench {
  public:
   // Relative paths mean `folder`.

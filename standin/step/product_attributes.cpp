@@ -64,7 +64,7 @@ Appearance appearanceFrom(const Quantity_Color& color) {
 // Hands colours down from the parts' sub-shapes to the faces below them.
 class ColorDescent {
  public:
-  ColorDescent(const TDF_Label& part, const PartShape& shape) : shape_(shape), found_(shape.faces.size()) {
+  ColorDescent(const TDF_Label& part, const PartShape& shape) : found_(shape.faces.size()) {
     for (std::size_t i = 0; i < shape.faces.size(); ++i) faceIndex_.Bind(shape.faces[i], static_cast<int>(i));
     TDF_LabelSequence labels;
     XCAFDoc_ShapeTool::GetSubShapes(part, labels);
@@ -100,7 +100,6 @@ class ColorDescent {
     for (TopoDS_Iterator it(shape); it.More(); it.Next()) descend(it.Value(), inherited);
   }
 
-  const PartShape& shape_;
   TopTools_DataMapOfShapeInteger faceIndex_;
   TopTools_DataMapOfShapeInteger colored_;
   std::vector<Appearance> appearances_;

@@ -12,6 +12,24 @@ file(STRINGS "${WORK}/pair.rpk" lines LIMIT_COUNT 20)
 if(NOT lines MATCHES "^//---vantor:dal:5---.*\"import_up_vector\" 5,")
   fail("the settings did not reach the plug-in: ${lines}")
 endif()]])
+# A component of a top-level part moves; the frame file is asked for, read and written.
+add_standin_test(export_motion
+  SETUP [[
+file(WRITE "${WORK}/m.fra" "parts: 1\nframes: 2\n")
+foreach(frame 0 1)
+  file(APPEND "${WORK}/m.fra" "MaFrame ${frame}\n")
+  foreach(id RANGE 1 20)
+    file(APPEND "${WORK}/m.fra" "Part: 1 (${id}) 1 0 0 0 1 0 0 0 1 ${frame} 0 0\n")
+  endforeach()
+endforeach()]]
+  ARGS export ${pair} pair.rpk --no-nurbs --fra m.fra EXIT 0 OUTPUT "${pair_summary}"
+  CHECK [[
+file(STRINGS "${WORK}/pair.rpk" lines REGEX "fbx_animation")
+if(NOT lines)
+  fail("the motion did not reach the package")
+endif()]])
+add_standin_test(frame_file_missing ARGS export ${pair} out.rpk --fra absent.fra EXIT 3
+  ERROR "^creo-standin: [^\n]*/absent.fra: No such file or directory\n$")
 add_standin_test(export_to_null ARGS export ${pair} /dev/null EXIT 0 OUTPUT "/dev/null\nparts +2\nsurfaces +9\n")
 
 # Models that cannot be opened.

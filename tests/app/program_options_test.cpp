@@ -48,11 +48,12 @@ TEST(ProgramOptionsTest, ReadsAnExport) {
 }
 
 TEST(ProgramOptionsTest, ReadsARender) {
-  const ProgramOptions options = parse({"render", "pump.step", "--quality", "0.5", "--representation", "core"});
+  const ProgramOptions options = parse({"render", "pump.step", "--quality", "0.5", "--representation", "core", "--fra", "m.fra"});
   const auto& rendered = std::get<RenderOptions>(options.command);
   EXPECT_EQ(rendered.model, "pump.step");
   EXPECT_EQ(rendered.quality, "0.5");
   EXPECT_EQ(rendered.representation, "core");
+  EXPECT_EQ(rendered.frameFile, "m.fra");
   EXPECT_EQ(failureOf({"render", "pump.step", "out.rpk"}), "unexpected argument \"out.rpk\"");
 }
 
