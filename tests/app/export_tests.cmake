@@ -22,7 +22,7 @@ foreach(frame 0 1)
     file(APPEND "${WORK}/m.fra" "Part: 1 (${id}) 1 0 0 0 1 0 0 0 1 ${frame} 0 0\n")
   endforeach()
 endforeach()]]
-  ARGS export ${pair} pair.rpk --no-nurbs --fra m.fra EXIT 0 OUTPUT "${pair_summary}"
+  ARGS export ${pair} pair.rpk --no-nurbs --fra m.fra EXIT 0 OUTPUT "${pair_summary}" WRITES pair.rpk
   CHECK [[
 file(STRINGS "${WORK}/pair.rpk" lines REGEX "fbx_animation")
 if(NOT lines)
