@@ -48,7 +48,8 @@ TEST(ProgramOptionsTest, ReadsAnExport) {
 }
 
 TEST(ProgramOptionsTest, ReadsARender) {
-  const ProgramOptions options = parse({"render", "pump.step", "--quality", "0.5", "--representation", "core", "--fra", "m.fra"});
+  const ProgramOptions options =
+      parse({"render", "pump.step", "--quality", "0.5", "--representation", "core", "--fra", "m.fra"});
   const auto& rendered = std::get<RenderOptions>(options.command);
   EXPECT_EQ(rendered.model, "pump.step");
   EXPECT_EQ(rendered.quality, "0.5");
