@@ -81,10 +81,10 @@ json ExpectedScene::take(const Model& top, const json& fresh, const Picks& picks
     if (!held || isPicked(occurrence.path, picks) || known.contains(occurrence.name)) {
       known.insert(occurrence.name);
     } else {
-      group["geometry"] = before->second.geometry;
-      group["material"] = before->second.material;
+      group["geometry"] = json::parse(before->second.geometry);
+      group["material"] = json::parse(before->second.material);
     }
-    next[occurrence.path] = {occurrence.group, occurrence.stamp, group["geometry"], group["material"]};
+    next[occurrence.path] = {occurrence.group, occurrence.stamp, group["geometry"].dump(), group["material"].dump()};
   }
   sent_ = std::move(next);
   json result = json::array();

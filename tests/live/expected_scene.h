@@ -41,8 +41,8 @@ class ExpectedScene {
   struct Sent {
     std::string group;
     std::uint64_t stamp = 0;
-    nlohmann::json geometry;
-    nlohmann::json material;
+    std::string geometry;  // digests, as JSON
+    std::string material;
   };
   std::map<std::vector<int>, Sent> sent_;
 };
