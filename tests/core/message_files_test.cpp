@@ -1,11 +1,14 @@
 // The texts that the code looks up against those that the message files hold, in every language.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstddef>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "standin/cad/message_file.h"
 #include "standin/windows/code_page.h"
@@ -19,15 +22,27 @@ namespace fs = std::filesystem;
 const fs::path kTexts = RENDARA_SOURCE_DIR "/resources/text";
 constexpr std::size_t kMostCharacters = 80;  // of a line of the host, without the terminator
 
+bool isKey(const std::string& text) {
+  const auto all = [&text](std::size_t from, int (*kind)(int)) {
+    return text.size() > from && std::all_of(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(),
+                                             [kind](unsigned char letter) { return kind(letter) != 0; });
+  };
+  constexpr std::string_view kCompact = "rendara";
+  constexpr std::string_view kWords = "Rendara ";
+  if (text.starts_with(kWords)) return all(kWords.size(), std::islower);
+  return text.starts_with(kCompact) && all(kCompact.size(), std::isalnum) &&
+         std::isupper(static_cast<unsigned char>(text[kCompact.size()])) != 0;
+}
+
 // Every text in the sources that is made like a key: "rendaraBrowse", "Rendara settings".
 std::set<std::string> keysOfTheCode() {
-  static const std::regex kKey("\"(rendara[A-Z][A-Za-z0-9]*|Rendara [a-z]+)\"");
   std::set<std::string> keys;
   for (const char* room : {"core", "settings"}) {
     for (const auto& file : fs::directory_iterator(fs::path(RENDARA_SOURCE_DIR) / room)) {
       const std::string text = testing::readFile(file.path());
-      for (std::sregex_iterator found(text.begin(), text.end(), kKey), end; found != end; ++found) {
-        keys.insert((*found)[1]);
+      for (std::size_t begin = text.find('"'); begin != std::string::npos; begin = text.find('"', begin + 1)) {
+        const std::string quoted = text.substr(begin + 1, text.find('"', begin + 1) - begin - 1);
+        if (isKey(quoted)) keys.insert(quoted);
       }
     }
   }
