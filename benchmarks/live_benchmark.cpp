@@ -33,7 +33,7 @@ class Machine {
     setenv("RENDARA_MACHINE", folder_.path().c_str(), 1);
     standin::Installation installation;
     installation.program = RENDARA_BIN_DIR "/renderer-standin";
-    installation.libraryFolder = RENDARA_LIB_DIR;
+    installation.binFolder = RENDARA_LIB_DIR;
     standin::changeRegistry(standin::registryFile(),
                             [&](standin::Registry& registry) { standin::install(installation, registry); });
   }

@@ -22,8 +22,8 @@ void install(const Installation& installation, Registry& registry) {
   registry.setText(Hive::kLocalMachine, kMaker, "RendaraVersion", kVersion);
   registry.setText(Hive::kLocalMachine, kProduct, "CurrentVersion", "5");
   registry.setText(Hive::kLocalMachine, kProduct, "BinName", installation.program.string());
-  registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", installation.libraryFolder.string());
-  registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", installation.libraryFolder.string());
+  registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", installation.binFolder.string());
+  registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", installation.binFolder.string());
   for (const char* key : {kProduct, kPortKey}) {
     registry.setNumber(Hive::kCurrentUser, key, "LiveLinkPort", static_cast<std::uint32_t>(installation.port));
     registry.setNumber(Hive::kCurrentUser, key, "LiveLinkMaxPort", kMaxPort);

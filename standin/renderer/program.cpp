@@ -130,7 +130,7 @@ void installThis(const CLI::App& app, const Arguments& arguments) {
   installation.program = std::filesystem::read_symlink("/proc/self/exe");
   const auto folder = findLibraryFolder(installation.program);
   if (!folder) throw Failure(ExitCode::kOutput, "the live-link library that belongs to this program is not there");
-  installation.libraryFolder = *folder;
+  installation.binFolder = *folder;
   if (arguments.server.port > 0) installation.port = arguments.server.port;
   for (const std::string& name : kInstalledOptions) {
     const CLI::Option* const option = app.get_option("--" + name);
