@@ -179,7 +179,7 @@ class Traversal {
 
   void writeOccurrence(Component& component, SiblingGroups& siblings) {
     const std::string& name = component.sceneName.text;
-    std::string group = siblings.next(name);
+    std::string group = plugin_.isLive() ? siblings.next(name) : std::string();
     const bool changed = !plugin_.isLive() || !plugin_.componentCache.holds(component.fullPath, component.stamp, group);
     const WrittenOccurrence written = writeKnownOrNew(component, changed);
     if (written.group) {

@@ -14,7 +14,7 @@ namespace standin {
 struct Installation {
   std::filesystem::path program;
   std::filesystem::path binFolder;  // of the live-link library
-  int port = 49152;  // told to plug-ins that find no renderer on the list
+  int port = 49152;                 // told to plug-ins that find no renderer on the list
   // Options, without their dashes, that a renderer without a command line starts with.
   std::map<std::string, std::string> options;
 };

@@ -230,7 +230,7 @@ TEST_F(LiveLink, LibraryIsTakenFromTheActiveFolderFirst) {
     registry.setText(Hive::kCurrentUser, kVendor, "RendaraActivePath", other.path().string());
   });
   EXPECT_FALSE(connect(LinkMode::kUpdate)) << "the folder is taken although the library is not in it";
-  fs::create_symlink(RENDARA_LIB_DIR "/liblive_link_without_entry.so", other.path() / "vntrendaralive64.so");
+  fs::create_symlink(RENDARA_LIB_DIR "/liblibrary_without_entry.so", other.path() / "vntrendaralive64.so");
   EXPECT_FALSE(connect(LinkMode::kUpdate)) << "a library without the entry";
   fs::create_symlink(library(), other.path() / "vntrendaralive32.so");
   setPort(4000, true);

@@ -67,7 +67,6 @@ extern "C" __attribute__((visibility("default"))) void setLiveLinkScript(LiveLin
   interfaceNow.reset();
 }
 
-#ifndef RENDARA_WITHOUT_ENTRY
 extern "C" __attribute__((visibility("default"))) rendara::LiveLinkInterface* rendara_live_initialize() {
   script->calls.emplace_back("initialize");
   interfaceNow.reset();
@@ -76,4 +75,3 @@ extern "C" __attribute__((visibility("default"))) rendara::LiveLinkInterface* re
   }
   return interfaceNow.get();
 }
-#endif
