@@ -1,5 +1,17 @@
+# What the code is made for, also that of others.
+add_library(rendara_machine INTERFACE)
+if(WIN32)
+  # Windows 7, the oldest that the CAD system runs on.
+  target_compile_definitions(rendara_machine INTERFACE _WIN32_WINNT=0x0601)
+endif()
+if(MINGW)
+  # Arithmetic as on 64-bit machines. Callers by other compilers keep the stack aligned to four bytes only.
+  target_compile_options(rendara_machine INTERFACE -msse2 -mfpmath=sse -mstackrealign)
+endif()
+
 # How every target of the project is compiled.
 add_library(rendara_options INTERFACE)
+target_link_libraries(rendara_options INTERFACE rendara_machine)
 target_include_directories(rendara_options INTERFACE ${CMAKE_SOURCE_DIR})
 if(MSVC)
   target_compile_options(rendara_options INTERFACE /W4 /permissive- /utf-8 /fp:precise
@@ -8,6 +20,10 @@ else()
   # No fused multiply-add: two compilers must give the same numbers.
   target_compile_options(rendara_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
     $<$<BOOL:${RENDARA_WARNINGS_AS_ERRORS}>:-Werror>)
+  if(MINGW)
+    # The same build in any folder.
+    target_compile_options(rendara_options INTERFACE -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+  endif()
   if(RENDARA_SANITIZER)
     target_compile_options(rendara_options INTERFACE -fsanitize=${RENDARA_SANITIZER} -fno-omit-frame-pointer
       -fno-sanitize-recover=all)

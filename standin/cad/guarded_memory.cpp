@@ -1,16 +1,14 @@
 #include "standin/cad/guarded_memory.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <csignal>
 #include <deque>
 #include <functional>
 #include <optional>
 #include <unordered_map>
+
+#include "standin/cad/pages.h"
 
 namespace standin {
 namespace {
@@ -44,8 +42,6 @@ std::array<Guard, kMostGuards> guards;
 std::array<Report, 256> reports;
 std::atomic<std::size_t> reportCount{0};
 
-struct sigaction previousAction;
-
 // What the allocating side knows of the slots. Never destroyed, since sessions may outlive it otherwise.
 struct Slots {
   std::vector<std::size_t> free;
@@ -57,11 +53,6 @@ struct Slots {
 Slots& slots() {
   static Slots& instance = *new Slots;
   return instance;
-}
-
-std::size_t pageSize() {
-  static const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  return size;
 }
 
 std::size_t roundUp(std::size_t size) { return (size + pageSize() - 1) / pageSize() * pageSize(); }
@@ -82,35 +73,18 @@ bool openGuard(const void* fault) {
       reports[slot].owner = guard.owner.load(std::memory_order_relaxed);
     }
     guard.opened.store(true, std::memory_order_relaxed);
-    return mprotect(begin, static_cast<std::size_t>(end - begin), PROT_READ | PROT_WRITE) == 0;
+    return openPages(begin, static_cast<std::size_t>(end - begin));
   }
   return false;
 }
 
-void handleFault(int signal, siginfo_t* info, void* context) {
-  if (openGuard(info->si_addr)) {
-    return;
-  }
-  if ((previousAction.sa_flags & SA_SIGINFO) != 0) {
-    previousAction.sa_sigaction(signal, info, context);
-  } else if (previousAction.sa_handler == SIG_DFL || previousAction.sa_handler == SIG_IGN) {
-    sigaction(signal, &previousAction, nullptr);  // the access is repeated and ends the process
-  } else {
-    previousAction.sa_handler(signal);
-  }
-}
-
-// Makes the tables and takes over the signal, once. True when the handler is in place.
+// Makes the tables and watches for faults, once. True when the handler is in place.
 bool prepare() {
   static const bool prepared = [] {
     for (std::size_t slot = kMostGuards; slot > 0; --slot) {
       slots().free.push_back(slot - 1);
     }
-    struct sigaction action = {};
-    action.sa_sigaction = handleFault;
-    action.sa_flags = SA_SIGINFO | SA_NODEFER;
-    sigemptyset(&action.sa_mask);
-    return sigaction(SIGSEGV, &action, &previousAction) == 0;
+    return watchFaults(openGuard);
   }();
   return prepared;
 }
@@ -135,7 +109,7 @@ void releaseOldest(std::deque<std::size_t>& quarantine) {
   char* begin = guards[slot].begin.load();
   const auto size = static_cast<std::size_t>(guards[slot].end.load() - begin);
   guards[slot].begin.store(nullptr);
-  munmap(begin, size);
+  releasePages(begin, size);
   slots().free.push_back(slot);
 }
 
@@ -147,11 +121,11 @@ std::optional<std::size_t> recycle(std::size_t usable) {
   }
   const std::size_t slot = quarantine.front();
   char* begin = guards[slot].begin.load();
-  if (usable > 0 && mprotect(begin, usable, PROT_READ | PROT_WRITE) != 0) {
+  if (usable > 0 && !openPages(begin, usable)) {
     return std::nullopt;
   }
   if (guards[slot].opened.exchange(false)) {
-    mprotect(begin + usable, pageSize(), PROT_NONE);
+    closePages(begin + usable, pageSize());
   }
   quarantine.pop_front();
   setGuard(slot, begin + usable, pageSize(), Breach::overread);
@@ -163,29 +137,28 @@ std::optional<std::size_t> mapNew(std::size_t usable) {
   if (slots().free.empty()) {
     return std::nullopt;
   }
-  void* base = mmap(nullptr, usable + pageSize(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (base == MAP_FAILED) {
+  char* base = reservePages(usable + pageSize());
+  if (base == nullptr) {
     return std::nullopt;
   }
-  if (usable > 0 && mprotect(base, usable, PROT_READ | PROT_WRITE) != 0) {
-    munmap(base, usable + pageSize());
+  if (usable > 0 && !openPages(base, usable)) {
+    releasePages(base, usable + pageSize());
     return std::nullopt;
   }
   const std::size_t slot = slots().free.back();
   slots().free.pop_back();
   guards[slot].opened.store(false);
-  setGuard(slot, static_cast<char*>(base) + usable, pageSize(), Breach::overread);
+  setGuard(slot, base + usable, pageSize(), Breach::overread);
   return slot;
 }
 
 // Makes memory and its guard unreadable. Memory that is not recycled is given back, its addresses stay taken.
-void closePages(char* begin, std::size_t usable, bool guardWasOpened) {
+void closeFreed(char* begin, std::size_t usable, bool guardWasOpened) {
   const std::size_t whole = usable + pageSize();
   if (!isRecycled(usable)) {
-    // Where the system has no room for the new mapping the memory merely stays readable.
-    static_cast<void>(mmap(begin, whole, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED | MAP_NORESERVE, -1, 0));
+    discardPages(begin, whole);
   } else if (usable > 0 || guardWasOpened) {
-    mprotect(begin, whole, PROT_NONE);
+    closePages(begin, whole);
   }
 }
 
@@ -218,7 +191,7 @@ void freeGuarded(void* memory, std::size_t size) {
   const std::size_t slot = found->second;
   slots().byEnd.erase(found);
   const std::size_t usable = roundUp(size);
-  closePages(end - usable, usable, guards[slot].opened.exchange(false));
+  closeFreed(end - usable, usable, guards[slot].opened.exchange(false));
   setGuard(slot, end - usable, usable + pageSize(), Breach::afterFree);
   std::deque<std::size_t>& quarantine = quarantineOf(usable);
   quarantine.push_back(slot);
