@@ -17,7 +17,6 @@
 #include "standin/renderer/installation.h"
 #include "standin/renderer/instance_list.h"
 #include "standin/windows/clock.h"
-#include "standin/windows/registry.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -34,8 +33,7 @@ class Machine {
     standin::Installation installation;
     installation.program = RENDARA_BIN_DIR "/renderer-standin";
     installation.binFolder = RENDARA_LIB_DIR;
-    standin::changeRegistry(standin::registryFile(),
-                            [&](standin::Registry& registry) { standin::install(installation, registry); });
+    standin::install(installation);
   }
   ~Machine() {
     for (const int port : list().ports()) {

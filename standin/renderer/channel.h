@@ -7,14 +7,14 @@
 #include <string>
 #include <string_view>
 
-#include "standin/renderer/descriptor.h"
+#include "standin/renderer/socket.h"
 #include "standin/renderer/wire.h"
 
 namespace standin {
 
 class Channel {
  public:
-  using Duration = std::chrono::milliseconds;
+  using Duration = Socket::Duration;
 
   // Nothing, with the reason in `error`, unless a renderer listens at the port of 127.0.0.1 and welcomes the purpose
   // within the time.
@@ -27,11 +27,10 @@ class Channel {
   std::optional<Message> receive(Duration patience);
 
  private:
-  Channel(Descriptor socket, std::size_t maxPayload) : socket_(std::move(socket)), reader_(maxPayload) {}
-  bool wait(short events, Duration patience) const;
+  Channel(Socket socket, std::size_t maxPayload) : socket_(std::move(socket)), reader_(maxPayload) {}
   bool sendAll(std::string_view bytes, Duration patience);
 
-  Descriptor socket_;
+  Socket socket_;
   MessageReader reader_;
 };
 

@@ -1,10 +1,7 @@
 #include "standin/renderer/connection.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 
 namespace standin {
 namespace {
@@ -18,20 +15,16 @@ constexpr milliseconds kKeepAlive{1000};
 
 }  // namespace
 
-Connection::Connection(Descriptor socket, const Bounds& bounds, Clock::time_point now)
+Connection::Connection(Socket socket, const Bounds& bounds, Clock::time_point now)
     : socket_(std::move(socket)), bounds_(bounds), progress_(now) {}
 
 Connection::Request Connection::receive(Clock::time_point now) {
   std::array<char, 262144> bytes;
-  const ssize_t count = recv(socket_.get(), bytes.data(), bytes.size(), 0);
-  if (count < 0 && (errno == EAGAIN || errno == EINTR)) return Request::kNone;
-  if (count <= 0) {
-    state_ = State::kGone;
-    return Request::kNone;
-  }
-  if (state_ == State::kAnswered) return Request::kNone;
+  const auto count = socket_.receive(bytes.data(), bytes.size());
+  if (!count) state_ = State::kGone;
+  if (!count || *count == 0 || state_ == State::kAnswered) return Request::kNone;
   if (state_ == State::kScript) progress_ = now;
-  reader_.append({bytes.data(), static_cast<std::size_t>(count)});
+  reader_.append({bytes.data(), *count});
   Request request = Request::kNone;
   while (const auto message = reader_.next()) {
     const Request asked = take(*message, now);
@@ -104,13 +97,13 @@ void Connection::keepAlive(Clock::time_point now) {
 }
 
 void Connection::send(Clock::time_point now) {
-  const ssize_t count = ::send(socket_.get(), out_.data(), out_.size(), MSG_NOSIGNAL);
-  if (count < 0 && errno != EAGAIN && errno != EINTR) state_ = State::kGone;
-  if (count <= 0) return;
+  const auto count = socket_.send(out_);
+  if (!count) state_ = State::kGone;
+  if (!count || *count == 0) return;
   progress_ = now;
-  out_.erase(0, static_cast<std::size_t>(count));
+  out_.erase(0, *count);
   // The peer reads its answer before it learns that nothing else comes.
-  if (out_.empty() && state_ == State::kAnswered) shutdown(socket_.get(), SHUT_WR);
+  if (out_.empty() && state_ == State::kAnswered) socket_.endSending();
 }
 
 bool Connection::over(Clock::time_point now) const {

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "standin/renderer/descriptor.h"
 #include "standin/renderer/script_bytes.h"
+#include "standin/renderer/socket.h"
 #include "standin/renderer/wire.h"
 
 namespace standin {
@@ -23,9 +23,9 @@ class Connection {
   // What the peer has come to ask for; once for each connection.
   enum class Request { kNone, kScene, kStatus, kQuit };
 
-  Connection(Descriptor socket, const Bounds& bounds, Clock::time_point now);
+  Connection(Socket socket, const Bounds& bounds, Clock::time_point now);
 
-  int socket() const { return socket_.get(); }
+  SocketNumber socket() const { return socket_.number(); }
   bool wantsToSend() const { return !out_.empty(); }
   // The peer has said what it wants.
   bool greeted() const { return greeted_; }
@@ -50,7 +50,7 @@ class Connection {
   Request greet(const Message& message, Clock::time_point now);
   Request extend(const Message& message, Clock::time_point now);
 
-  Descriptor socket_;
+  Socket socket_;
   Bounds bounds_;
   MessageReader reader_{kMaxPayload};
   ScriptSpool spool_;

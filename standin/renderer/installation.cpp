@@ -1,6 +1,9 @@
 #include "standin/renderer/installation.h"
 
+#include <cstdint>
 #include <system_error>
+
+#include "standin/renderer/machine_registry.h"
 
 namespace standin {
 namespace {
@@ -15,23 +18,9 @@ constexpr const char* kPortKey = "SOFTWARE\\Vantor\\R";
 constexpr const char* kStandIn = "SOFTWARE\\Vantor\\Rendara 5\\StandIn";
 constexpr std::uint32_t kMaxPort = 65535;
 
-}  // namespace
+constexpr const char* kLibrary = sizeof(void*) == 4 ? "vntrendaralive32.so" : "vntrendaralive64.so";
 
-void install(const Installation& installation, Registry& registry) {
-  uninstall(registry);
-  registry.setText(Hive::kLocalMachine, kMaker, "RendaraVersion", kVersion);
-  registry.setText(Hive::kLocalMachine, kProduct, "CurrentVersion", "5");
-  registry.setText(Hive::kLocalMachine, kProduct, "BinName", installation.program.string());
-  registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", installation.binFolder.string());
-  registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", installation.binFolder.string());
-  for (const char* key : {kProduct, kPortKey}) {
-    registry.setNumber(Hive::kCurrentUser, key, "LiveLinkPort", static_cast<std::uint32_t>(installation.port));
-    registry.setNumber(Hive::kCurrentUser, key, "LiveLinkMaxPort", kMaxPort);
-  }
-  for (const auto& [name, value] : installation.options) registry.setText(Hive::kLocalMachine, kStandIn, name, value);
-}
-
-void uninstall(Registry& registry) {
+void removeAll(MachineRegistry& registry) {
   registry.remove(Hive::kLocalMachine, kMaker, "RendaraVersion");
   registry.removeKey(Hive::kLocalMachine, kProduct);
   registry.remove(Hive::kCurrentUser, kMaker, "RendaraActivePath");
@@ -39,12 +28,37 @@ void uninstall(Registry& registry) {
   registry.removeKey(Hive::kCurrentUser, kPortKey);
 }
 
-std::vector<std::string> installedArguments(const Registry& registry, const std::vector<std::string>& names) {
+std::string utf8Of(const fs::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+}  // namespace
+
+void install(const Installation& installation) {
+  changeMachineRegistry([&](MachineRegistry& registry) {
+    removeAll(registry);
+    registry.setText(Hive::kLocalMachine, kMaker, "RendaraVersion", kVersion);
+    registry.setText(Hive::kLocalMachine, kProduct, "CurrentVersion", "5");
+    registry.setText(Hive::kLocalMachine, kProduct, "BinName", utf8Of(installation.program));
+    registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", utf8Of(installation.binFolder));
+    registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", utf8Of(installation.binFolder));
+    for (const char* key : {kProduct, kPortKey}) {
+      registry.setNumber(Hive::kCurrentUser, key, "LiveLinkPort", static_cast<std::uint32_t>(installation.port));
+      registry.setNumber(Hive::kCurrentUser, key, "LiveLinkMaxPort", kMaxPort);
+    }
+    for (const auto& [name, value] : installation.options) registry.setText(Hive::kLocalMachine, kStandIn, name, value);
+  });
+}
+
+void uninstall() { changeMachineRegistry(removeAll); }
+
+std::vector<std::string> installedArguments(const std::vector<std::string>& names) {
   std::vector<std::string> arguments;
   for (const std::string& name : names) {
-    const RegistryValue* const value = registry.find(Hive::kLocalMachine, kStandIn, name);
-    const auto text = value ? value->text() : std::nullopt;
-    if (text) arguments.push_back("--" + name + "=" + *text);
+    if (const auto text = machineRegistryText(Hive::kLocalMachine, kStandIn, name)) {
+      arguments.push_back("--" + name + "=" + *text);
+    }
   }
   return arguments;
 }
@@ -53,7 +67,7 @@ std::optional<fs::path> findLibraryFolder(const fs::path& program) {
   const fs::path top = program.parent_path().parent_path();
   for (const fs::path& folder : {top / "lib", top / RENDARA_INSTALLED_LIBRARIES}) {
     std::error_code ignored;
-    if (fs::exists(folder / "vntrendaralive64.so", ignored)) return folder;
+    if (fs::exists(folder / kLibrary, ignored)) return fs::path(folder).make_preferred();
   }
   return std::nullopt;
 }

@@ -1,18 +1,15 @@
 #include "standin/renderer/instance_list.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <string_view>
 #include <system_error>
 #include <vector>
+
+#include "standin/renderer/locked_file.h"
+#include "standin/renderer/process.h"
 
 namespace standin {
 namespace {
@@ -30,34 +27,7 @@ constexpr const char* kTemporaryExtension = ".new";
 // Process ids come again; the time of one does not.
 std::string uniqueStem() {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::to_string(getpid()) + "-" + std::to_string(std::chrono::nanoseconds(now).count());
-}
-
-void writeAll(const Descriptor& file, std::string_view text, const fs::path& path) {
-  while (!text.empty()) {
-    const ssize_t written = write(file.get(), text.data(), text.size());
-    if (written < 0 && errno != EINTR) fail(errno, path);
-    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-  }
-}
-
-// The file, locked; none when a reader got hold of it between its making and its locking, and deletes it.
-Descriptor makeLocked(const fs::path& path) {
-  Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!file) fail(errno, path);
-  if (flock(file.get(), LOCK_EX | LOCK_NB) == 0) return file;
-  if (errno != EWOULDBLOCK) fail(errno, path);
-  return {};
-}
-
-std::string readText(const Descriptor& file, std::size_t limit) {
-  std::string text;
-  std::array<char, 4096> bytes;
-  ssize_t count = 0;
-  while (text.size() <= limit && (count = read(file.get(), bytes.data(), bytes.size())) > 0) {
-    text.append(bytes.data(), static_cast<std::size_t>(count));
-  }
-  return text.substr(0, text.find('\0'));
+  return std::to_string(processId()) + "-" + std::to_string(std::chrono::nanoseconds(now).count());
 }
 
 bool ours(const fs::path& path) { return path.extension() == kExtension || path.extension() == kTemporaryExtension; }
@@ -73,21 +43,10 @@ std::vector<fs::path> filesOf(const fs::path& folder) {
   return files;
 }
 
-// Nothing when the file's renderer is gone.
-Descriptor openHeld(const fs::path& path) {
-  // Neither a link nor a pipe, which would have the reader wait.
-  Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  struct stat status {};
-  if (!file || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-  if (flock(file.get(), LOCK_SH | LOCK_NB) != 0) return file;
-  unlink(path.c_str());
-  return {};
-}
-
 }  // namespace
 
 std::string instanceElement(int port) {
-  return "<rendara_instance>\n<pid>" + std::to_string(getpid()) +
+  return "<rendara_instance>\n<pid>" + std::to_string(processId()) +
          "</pid>\n<version_major>5</version_major>\n<livelink_port>" + std::to_string(port) +
          "</livelink_port>\n</rendara_instance>\n";
 }
@@ -99,21 +58,22 @@ InstanceAnnouncer::InstanceAnnouncer(const fs::path& machineFolder, const std::s
   for (int attempt = 0; attempt < 100; ++attempt) {
     const std::string stem = uniqueStem();
     const fs::path temporary = folder / (stem + kTemporaryExtension);
-    Descriptor file = makeLocked(temporary);
+    Descriptor file = makeLockedFile(temporary);
     if (!file) continue;
-    writeAll(file, element, temporary);
-    const fs::path final = folder / (stem + kExtension);
-    if (rename(temporary.c_str(), final.c_str()) == 0) {
-      file_ = final;
+    if (!file.writeAll(element)) fail(errno, temporary);
+    file_ = folder / (stem + kExtension);
+    if (renameLockedFile(temporary, file_)) {
       locked_ = std::move(file);
       return;
     }
-    if (errno != ENOENT) fail(errno, final);
   }
   fail(EAGAIN, folder);
 }
 
-InstanceAnnouncer::~InstanceAnnouncer() { unlink(file_.c_str()); }
+InstanceAnnouncer::~InstanceAnnouncer() {
+  std::error_code ignored;
+  fs::remove(file_, ignored);
+}
 
 InstanceList::InstanceList(const fs::path& machineFolder) : folder_(machineFolder / kFolder) {}
 
@@ -132,9 +92,9 @@ std::vector<int> InstanceList::ports() const {
 std::string InstanceList::text() const {
   std::string elements;
   for (const fs::path& path : filesOf(folder_)) {
-    const Descriptor file = openHeld(path);
-    if (!file || path.extension() != kExtension) continue;
-    const std::string element = readText(file, kMaxText);
+    const auto content = readLockedFile(path, kMaxText);
+    if (!content || path.extension() != kExtension) continue;
+    const std::string_view element = std::string_view(*content).substr(0, content->find('\0'));
     if (elements.size() + element.size() > kMaxText) continue;
     elements += element;
   }

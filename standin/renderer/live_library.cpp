@@ -57,7 +57,13 @@ class Library final : public rendara::LiveLinkInterface {
 }  // namespace
 }  // namespace standin
 
-extern "C" __attribute__((visibility("default"))) rendara::LiveLinkInterface* rendara_live_initialize() {
+#ifdef _WIN32
+#define STANDIN_EXPORT __declspec(dllexport)
+#else
+#define STANDIN_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" STANDIN_EXPORT rendara::LiveLinkInterface* rendara_live_initialize() {
   static standin::Library library;
   return &library;
 }

@@ -152,6 +152,7 @@ void LiveScene::writeFormatted(const char* format, ...) {
   rendara::formatText(text.data(), text.size(), format == nullptr ? "" : format, arguments);
   va_end(arguments);
   writer_.writeFormatted("%s", text.data());
+  stream_.relay();
 }
 void LiveScene::setOutputMode(unsigned mode, int ignored) { return forward(&Writer::setOutputMode, mode, ignored); }
 void LiveScene::reserved66(int value) { return forward(&Writer::reserved66, value); }

@@ -3,6 +3,7 @@
 
 #include <optional>
 
+#include "core/at_end.h"
 #include "scene/vntScene_api.h"
 #include "scene/vntScene_api_file.h"
 #include "standin/renderer/channel.h"
@@ -121,7 +122,9 @@ class LiveScene final : public rendara::vntScene_api {
   // Calls the writer's operation while the scene is live; else gives 0, false or null.
   template <typename Result, typename... Parameters, typename... Arguments>
   Result forward(Result (rendara::vntScene_api_file::*operation)(Parameters...), Arguments... arguments) {
-    return live() ? (writer_.*operation)(arguments...) : Result();
+    if (!live()) return Result();
+    const rendara::AtEnd relay([this] { stream_.relay(); });
+    return (writer_.*operation)(arguments...);
   }
 
   unsigned id_ = 0;

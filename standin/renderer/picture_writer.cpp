@@ -1,7 +1,6 @@
 #include "standin/renderer/picture_writer.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <exception>
@@ -12,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "standin/renderer/process.h"
 #include "tools/rpk/mapped_file.h"
 #include "tools/rpk/picture/draw_picture.h"
 #include "tools/rpk/picture/picture_camera.h"
@@ -47,7 +47,7 @@ PictureWriter::PictureWriter(const fs::path& folder) : folder_(folder), worker_(
   fs::create_directories(folder_);
 }
 
-PictureWriter::~PictureWriter() { stop(); }
+PictureWriter::~PictureWriter() { PictureWriter::stop(); }
 
 void PictureWriter::stop() {
   stopped_ = true;
@@ -91,7 +91,7 @@ void PictureWriter::draw(const Shot& shot) {
 
 // A link takes no name that is there already, so that renderers that share a folder keep each other's pictures.
 void PictureWriter::write(const std::string& png) {
-  const fs::path temporary = folder_ / fmt::format(".scene-{}.new", getpid());
+  const fs::path temporary = folder_ / fmt::format(".scene-{}.new", processId());
   std::ofstream file(temporary, std::ios::binary);
   file << png;
   file.close();
@@ -105,5 +105,9 @@ void PictureWriter::write(const std::string& png) {
   fs::rename(temporary, folder_ / "latest.png");
   ++written_;
 }
+
+bool canDrawPictures() { return true; }
+
+std::unique_ptr<Pictures> makePictures(const fs::path& folder) { return std::make_unique<PictureWriter>(folder); }
 
 }  // namespace standin

@@ -10,29 +10,24 @@
 #include <vector>
 
 #include "standin/renderer/merged_scene.h"
+#include "standin/renderer/pictures.h"
 #include "standin/renderer/worker.h"
 #include "tools/rpk/drawing.h"
 #include "tools/rpk/scene_summary.h"
 
 namespace standin {
 
-// The model at rest, seen from above its front corner by the up axis of the last script. Pictures are scene-0001.png
-// and so on, the first number that is free, and latest.png; each appears when it is complete.
-class PictureWriter {
+class PictureWriter final : public Pictures {
  public:
   // Makes the folder. Throws std::filesystem::filesystem_error.
   explicit PictureWriter(const std::filesystem::path& folder);
-  // Breaks off the picture in hand.
-  ~PictureWriter();
+  ~PictureWriter() override;
 
-  // Draws the scene as it is now, and holds its scripts for so long. Waits when several pictures wait already.
-  void add(const MergedScene& scene);
-  // Breaks off; what is added from now on is dropped.
-  void stop();
-  bool busy() const { return worker_.busy(); }
-  std::size_t written() const { return written_; }
-  // Why the last picture that failed did; empty when none has.
-  std::string lastFailure() const;
+  void add(const MergedScene& scene) override;
+  void stop() override;
+  bool busy() const override { return worker_.busy(); }
+  std::size_t written() const override { return written_; }
+  std::string lastFailure() const override;
 
  private:
   struct Shot {

@@ -1,26 +1,23 @@
 #include "standin/renderer/program.h"
 
 #include <fmt/format.h>
-#include <sys/signalfd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "standin/app/failure.h"
 #include "standin/renderer/client.h"
-#include "standin/renderer/descriptor.h"
 #include "standin/renderer/installation.h"
 #include "standin/renderer/instance_list.h"
+#include "standin/renderer/pictures.h"
+#include "standin/renderer/process.h"
 #include "standin/renderer/server.h"
 #include "standin/windows/machine_folder.h"
 #include "tools/terminal/suggestion.h"
@@ -95,39 +92,21 @@ std::chrono::milliseconds milliseconds(double seconds) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
-// Readable when the process is asked to end. Threads that are made later have the signals blocked, too.
-Descriptor stopSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, number);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  Descriptor descriptor(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
-  if (!descriptor) throw std::system_error(errno, std::generic_category(), "signalfd");
-  return descriptor;
-}
-
 void serve(Arguments& arguments) {
   arguments.server.idle = milliseconds(arguments.idle);
   arguments.server.patience = milliseconds(arguments.timeout);
   arguments.server.pictureFolder = arguments.pictureFolder;
-  const Descriptor stop = stopSignals();
+  const SocketNumber stop = stopRequest();
   Server server(arguments.server);
   server.announce(machineFolder());
   fmt::print("port {}\n", server.port());
   std::fflush(stdout);
-  server.serve(stop.get());
-}
-
-// A renderer that the plug-in started outlives it, so it must not hold on to what is piped or shown there.
-void leaveTerminal() {
-  for (std::FILE* stream : {stdin, stdout, stderr}) {
-    if (!std::freopen("/dev/null", "r+", stream)) throw std::system_error(errno, std::generic_category(), "/dev/null");
-  }
+  server.serve(stop);
 }
 
 void installThis(const CLI::App& app, const Arguments& arguments) {
   Installation installation;
-  installation.program = std::filesystem::read_symlink("/proc/self/exe");
+  installation.program = programPath();
   const auto folder = findLibraryFolder(installation.program);
   if (!folder) throw Failure(ExitCode::kOutput, "the live-link library that belongs to this program is not there");
   installation.binFolder = *folder;
@@ -138,7 +117,7 @@ void installThis(const CLI::App& app, const Arguments& arguments) {
   }
   const auto pictures = installation.options.find("picture-dir");
   if (pictures != installation.options.end()) pictures->second = std::filesystem::absolute(pictures->second).string();
-  changeRegistry(registryFile(), [&](Registry& registry) { install(installation, registry); });
+  install(installation);
 }
 
 void act(const CLI::App& app, Arguments& arguments) {
@@ -151,7 +130,7 @@ void act(const CLI::App& app, Arguments& arguments) {
   } else if (arguments.install) {
     installThis(app, arguments);
   } else if (arguments.uninstall) {
-    changeRegistry(registryFile(), uninstall);
+    uninstall();
   } else {
     serve(arguments);
   }
@@ -176,6 +155,9 @@ void run(std::vector<std::string> texts) {
     throw Failure(ExitCode::kUsage, error.what());
   }
   rejectExtras(app);
+  if (!arguments.pictureFolder.empty() && !canDrawPictures()) {
+    throw Failure(ExitCode::kUsage, "--picture-dir: this build has no libraries that draw pictures");
+  }
   act(app, arguments);
 }
 
@@ -191,8 +173,9 @@ int runRenderer(int argumentCount, const char* const* arguments) {
     if (argumentCount > 1) {
       run({arguments + 1, arguments + argumentCount});
     } else {
+      // A renderer that the plug-in started outlives it, so it must not hold on to what is piped or shown there.
       leaveTerminal();
-      run(installedArguments(Registry::load(registryFile()), kInstalledOptions));
+      run(installedArguments(kInstalledOptions));
     }
   } catch (const Failure& failure) {
     return tell(failure.what(), failure.code());

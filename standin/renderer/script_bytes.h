@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "standin/renderer/descriptor.h"
+#include "standin/renderer/nameless_file.h"
 
 namespace standin {
 

@@ -20,17 +20,25 @@ class ScriptStream {
   ScriptStream(const ScriptStream&) = delete;
   ScriptStream& operator=(const ScriptStream&) = delete;
 
-  // The stream, to be closed by the caller while this exists; closing sends nothing. Null when there is no memory.
+  // The stream, to be closed by the caller while this exists; closing sends nothing. Null when it cannot be had.
   std::FILE* open();
+  // Takes what has been written since; to be called after each operation that writes.
+  void relay();
   // Sends what is left. False when this or any block before could not be sent.
   bool finish();
   bool failed() const { return failed_; }
 
  private:
   void write(std::string_view bytes);
+  void relayAll();
   void sendBlock();
 
+  static constexpr std::size_t kBlock = 65536;
+  // So that the renderer sees a slow script grow.
+  static constexpr std::chrono::seconds kLongestWait{5};
+
   Send send_;
+  std::FILE* file_ = nullptr;  // what the stream writes to, where that cannot be this object
   std::string block_;
   std::chrono::steady_clock::time_point lastSent_ = std::chrono::steady_clock::now();
   bool failed_ = false;

@@ -1,59 +1,22 @@
 #include "standin/renderer/server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <system_error>
 #include <utility>
 
 namespace standin {
 namespace {
 
-constexpr int kTickMilliseconds = 200;
-
-[[noreturn]] void fail(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
-
-Descriptor listenAt(int port) {
-  Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-  if (!listener) fail("socket");
-  const int on = 1;
-  setsockopt(listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      listen(listener.get(), SOMAXCONN) != 0) {
-    fail("port " + std::to_string(port));
-  }
-  return listener;
-}
-
-int portOf(const Descriptor& listener) {
-  sockaddr_in address{};
-  socklen_t size = sizeof address;
-  if (getsockname(listener.get(), reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("port");
-  return ntohs(address.sin_port);
-}
+constexpr std::chrono::milliseconds kTick{200};
 
 }  // namespace
 
 Server::Server(const ServerOptions& options)
     : options_(options),
-      listener_(listenAt(options.port)),
-      port_(portOf(listener_)),
-      wake_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)),
+      listener_(Socket::listenAt(options.port)),
+      port_(listener_.port()),
       keeper_(options.maxScripts),
       merger_(kMaxConnections) {
-  if (!wake_) fail("eventfd");
-  if (!options.pictureFolder.empty()) pictures_.emplace(options.pictureFolder);
+  if (!options.pictureFolder.empty()) pictures_ = makePictures(options.pictureFolder);
 }
 
 // The merger may wait for the pictures.
@@ -65,10 +28,10 @@ void Server::announce(const std::filesystem::path& machineFolder) {
   announcer_.emplace(machineFolder, instanceElement(port_));
 }
 
-void Server::serve(int stopDescriptor) {
+void Server::serve(SocketNumber stop) {
   activity_ = Clock::now();
   while (!done()) {
-    wait(stopDescriptor);
+    wait(stop);
     sendReplies();
     tidy();
   }
@@ -82,41 +45,35 @@ bool Server::done() {
   return options_.idle.count() > 0 && Clock::now() - activity_ > options_.idle && idle();
 }
 
-void Server::wait(int stopDescriptor) {
-  // With no room left, more wait in the system's queue.
-  const bool accepting = quitters_.empty() && connections_.size() < kMaxConnections;
-  std::vector<pollfd> entries = {
-      {stopDescriptor, POLLIN, 0}, {wake_.get(), POLLIN, 0}, {accepting ? listener_.get() : -1, POLLIN, 0}};
+void Server::wait(SocketNumber stop) {
+  std::vector<WatchedSocket> sockets = {{.number = stop}, {.number = wakeUp_.number()}};
   std::vector<Id> ids;
   for (const auto& [id, connection] : connections_) {
-    const auto events = static_cast<short>(connection.wantsToSend() ? POLLIN | POLLOUT : POLLIN);
-    entries.push_back({connection.socket(), events, 0});
+    sockets.push_back({.number = connection.socket(), .forSending = connection.wantsToSend()});
     ids.push_back(id);
   }
-  if (poll(entries.data(), entries.size(), kTickMilliseconds) <= 0) return;
-  stopped_ = entries[0].revents != 0;
-  std::uint64_t ignored = 0;
-  if (entries[1].revents != 0 && read(wake_.get(), &ignored, sizeof ignored) < 0 && errno != EAGAIN) fail("eventfd");
-  if (entries[2].revents != 0) accept();
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (entries[i + 3].revents != 0) handle(ids[i], entries[i + 3].revents);
-  }
+  // With no room left, more wait in the system's queue.
+  const bool accepting = quitters_.empty() && connections_.size() < kMaxConnections;
+  if (accepting) sockets.push_back({.number = listener_.number()});
+  if (!waitForAny(sockets, kTick)) return;
+  stopped_ = sockets[0].canReceive;
+  if (sockets[1].canReceive) wakeUp_.clear();
+  if (accepting && sockets.back().canReceive) accept();
+  for (std::size_t i = 0; i < ids.size(); ++i) handle(ids[i], sockets[i + 2]);
 }
 
 void Server::accept() {
-  Descriptor peer(accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+  Socket peer = listener_.accept();
   if (!peer) return;
-  const int on = 1;
-  setsockopt(peer.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   connections_.try_emplace(++lastId_, std::move(peer), Connection::Bounds{options_.maxScript, options_.patience},
                            Clock::now());
 }
 
-void Server::handle(Id id, short events) {
+void Server::handle(Id id, const WatchedSocket& ready) {
   Connection& connection = connections_.at(id);
   const auto now = Clock::now();
-  if ((events & POLLOUT) != 0) connection.send(now);
-  if ((events & ~POLLOUT) == 0) return;
+  if (ready.canSend) connection.send(now);
+  if (!ready.canReceive) return;
   const Connection::Request asked = connection.receive(now);
   if (asked != Connection::Request::kNone) request(id, asked);
 }
@@ -152,9 +109,7 @@ void Server::reply(Reply reply) {
     const std::lock_guard lock(repliesMutex_);
     replies_.push_back(std::move(reply));
   }
-  const std::uint64_t one = 1;
-  // Can only fail when a wake-up waits already.
-  [[maybe_unused]] const ssize_t written = write(wake_.get(), &one, sizeof one);
+  wakeUp_.wake();
 }
 
 void Server::sendReplies() {

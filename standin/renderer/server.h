@@ -16,10 +16,11 @@
 #include <vector>
 
 #include "standin/renderer/connection.h"
-#include "standin/renderer/descriptor.h"
 #include "standin/renderer/instance_list.h"
-#include "standin/renderer/picture_writer.h"
+#include "standin/renderer/pictures.h"
 #include "standin/renderer/scene_keeper.h"
+#include "standin/renderer/socket.h"
+#include "standin/renderer/wake_up.h"
 #include "standin/renderer/worker.h"
 
 namespace standin {
@@ -42,9 +43,9 @@ class Server {
   int port() const { return port_; }
   // Puts the renderer on the machine's list until it has served. Throws std::system_error.
   void announce(const std::filesystem::path& machineFolder);
-  // Serves until the descriptor can be read, a peer asks to quit, or nothing has happened for the idle time. A quit
-  // lets the work in hand be finished.
-  void serve(int stopDescriptor);
+  // Serves until the socket can be received from, a peer asks to quit, or nothing has happened for the idle time. A
+  // quit lets the work in hand be finished.
+  void serve(SocketNumber stop);
 
  private:
   using Clock = Connection::Clock;
@@ -57,9 +58,9 @@ class Server {
     std::string payload;
   };
 
-  void wait(int stopDescriptor);
+  void wait(SocketNumber stop);
   void accept();
-  void handle(Id id, short events);
+  void handle(Id id, const WatchedSocket& ready);
   void request(Id id, Connection::Request request);
   void takeScript(Id id, ScriptBytes script);  // the merger's
   void tellStatus(Id id);                      // the merger's
@@ -71,9 +72,9 @@ class Server {
   bool done();
 
   ServerOptions options_;
-  Descriptor listener_;
+  Socket listener_;
   int port_ = 0;
-  Descriptor wake_;  // readable when replies wait
+  WakeUp wakeUp_;  // when replies wait
   std::optional<InstanceAnnouncer> announcer_;
   std::map<Id, Connection> connections_;
   Id lastId_ = 0;
@@ -84,7 +85,7 @@ class Server {
 
   std::mutex repliesMutex_;
   std::vector<Reply> replies_;
-  std::optional<PictureWriter> pictures_;
+  std::unique_ptr<Pictures> pictures_;
   SceneKeeper keeper_;  // the merger's
   Worker merger_;       // the last: its thread uses what stands before
 };
