@@ -1,8 +1,10 @@
 #include "standin/app/model_commands.h"
 
 #include <fmt/format.h>
+#include <fmt/ostream.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 
 #include "standin/app/misuse.h"
@@ -11,7 +13,9 @@
 #include "standin/app/settings_file.h"
 #include "standin/app/summary.h"
 #include "standin/app/workbench.h"
+#include "standin/snapshot/mesh_recording.h"
 #include "standin/windows/code_page.h"
+#include "tools/rpk/app/output_file.h"
 
 namespace standin {
 namespace {
@@ -41,10 +45,10 @@ void writeSettings(const ModelOptions& options) {
   settings.save();
 }
 
-void refuseToOverwrite(const fs::path& input, const fs::path& output) {
+void refuseToOverwrite(const fs::path& input, const fs::path& output, const char* what = "package") {
   std::error_code ignored;
   if (fs::equivalent(input, output, ignored)) {
-    throw Failure(ExitCode::kUsage, fmt::format("{}: would be overwritten by the package", input.string()));
+    throw Failure(ExitCode::kUsage, fmt::format("{}: would be overwritten by the {}", input.string(), what));
   }
 }
 
@@ -102,6 +106,7 @@ class OpenedModel {
       : plugin_(common.plugin), progress_(stderr), bench_(session_, plugin_, progress_, scratch.origin()) {
     session_.messageFolder = common.messages;
     session_.language = common.language;
+    if (common.codePage) bench_.keepCodePage();
     const auto begin = std::chrono::steady_clock::now();
     bench_.open(options.model, options.overlay);
     reading_ = std::chrono::steady_clock::now() - begin;
@@ -132,6 +137,16 @@ class OpenedModel {
   std::chrono::steady_clock::duration reading_{};
 };
 
+// Runs the export of the open model for what it asks of the session alone; the package is nobody's.
+void exportForRecord(Workbench& bench, const fs::path& package) {
+  Session& session = bench.session();
+  session.representationAnswers.assign(1, std::wstring());
+  session.fileAnswers.assign(1, package);
+  if (bench.run(kExportCommand).packages.empty()) {
+    throw Failure(ExitCode::kOutput, "no snapshot can be made: the plug-in asked for no file");
+  }
+}
+
 }  // namespace
 
 void exportModel(const CommonOptions& common, const ExportOptions& options, std::ostream& output) {
@@ -148,6 +163,30 @@ void exportModel(const CommonOptions& common, const ExportOptions& options, std:
   opened.run([&](Workbench& bench) {
     const WrittenPackage package = writePackage(bench, target);
     printSummary(output, opened.session(), &package, opened.reading());
+  });
+}
+
+void saveSnapshot(const CommonOptions& common, const SnapshotOptions& options, std::ostream& output) {
+  ScratchDirectory scratch;
+  writeSettings(options);
+  const fs::path path = scratch.origin() / options.output;
+  refuseToOverwrite(scratch.origin() / options.model, path, "snapshot");
+  if (options.overlay) refuseToOverwrite(scratch.origin() / *options.overlay, path, "snapshot");
+  rpk::OutputFile file(path.string());
+
+  const fs::path package = scratch.path() / "part.rpk";
+  const terminal::RemovedOnSignal removed(package, terminal::RemovedOnSignal::Kind::kFile);
+  OpenedModel opened(common, options, scratch);
+  opened.run([&](Workbench& bench) {
+    Session& session = opened.session();
+    const MeshSource meshes = recordedMeshes(session, [&] { exportForRecord(bench, package); });
+    const SnapshotCounts counts = writeSnapshot(file.stream(), session, fs::absolute(path).parent_path(), meshes);
+    if (!file.stream().flush()) file.fail(errno);
+    file.finish();
+    fmt::print(output, "{}\nparts         {}\nsurfaces      {}\ntriangles     {}\n", path.string(), counts.parts,
+               counts.surfaces, counts.triangles);
+    printFailedSurfaces(output, session.counts);
+    fmt::print(output, "snapshot      {} bytes\n", counts.bytes);
   });
 }
 

@@ -1,4 +1,4 @@
-// `creo-standin export MODEL OUT` and `creo-standin render MODEL`
+// `creo-standin export MODEL OUT`, `creo-standin render MODEL` and `creo-standin snapshot MODEL OUT`
 #pragma once
 
 #include <ostream>
@@ -15,5 +15,9 @@ void exportModel(const CommonOptions& common, const ExportOptions& options, std:
 // Opens the model, runs the plug-in's render command and prints a summary. Throws Failure, also when the command says
 // that it has reached no renderer.
 void renderModel(const CommonOptions& common, const RenderOptions& options, std::ostream& output);
+
+// Opens the model and saves the session as it is then, with the meshes that the plug-in's export asks for. Leaves
+// nothing but the snapshot, and none that is not complete. Throws Failure.
+void saveSnapshot(const CommonOptions& common, const SnapshotOptions& options, std::ostream& output);
 
 }  // namespace standin

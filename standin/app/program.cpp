@@ -19,12 +19,15 @@
 namespace standin {
 namespace {
 
+constexpr unsigned kUsualCodePage = 1252;
+
 // The working directory changes while the program runs, so paths are taken as what they mean now.
 void prepare(CommonOptions& common) {
   common.plugin = std::filesystem::absolute(common.plugin);
   common.messages = std::filesystem::absolute(common.messages);
-  if (!setSystemCodePage(common.codePage)) {
-    throw Failure(ExitCode::kUsage, fmt::format("code page {} is not known", common.codePage));
+  const unsigned codePage = common.codePage.value_or(kUsualCodePage);
+  if (!setSystemCodePage(codePage)) {
+    throw Failure(ExitCode::kUsage, fmt::format("code page {} is not known", codePage));
   }
   terminal::installSignalCleanup();
 }
@@ -41,6 +44,10 @@ ExitCode runCommand(ProgramOptions& options) {
   }
   if (const auto* rendered = std::get_if<RenderOptions>(&options.command)) {
     renderModel(options.common, *rendered, std::cout);
+    return ExitCode::kDone;
+  }
+  if (const auto* saved = std::get_if<SnapshotOptions>(&options.command)) {
+    saveSnapshot(options.common, *saved, std::cout);
     return ExitCode::kDone;
   }
   return runScript(options.common, std::get<ScriptOptions>(options.command), std::cout, std::cerr);

@@ -19,6 +19,7 @@ constexpr const char* kExamples = R"(Examples:
   creo-standin export pump.step pump.rpk --quality 0.8 --no-nurbs --up z
   creo-standin export pump.step pump.rpk --overlay layers.json --fra motion.fra
   creo-standin render pump.step   (starts the renderer that renderer-standin --install has installed)
+  creo-standin snapshot pump.step pump.snap   (opens without Open CASCADE)
   creo-standin run steps.txt
   creo-standin                    (a prompt; "help" lists its commands)
 
@@ -48,20 +49,29 @@ void rejectExtras(const CLI::App& app) {
   if (extras.empty()) return;
   if (!app.get_subcommands().empty())
     throw Failure(ExitCode::kUsage, fmt::format("unexpected argument \"{}\"", extras.front()));
-  throw Failure(ExitCode::kUsage, fmt::format("unknown command \"{}\"{}", extras.front(),
-                                              terminal::didYouMean(extras.front(), {"export", "render", "run"})));
+  throw Failure(ExitCode::kUsage,
+                fmt::format("unknown command \"{}\"{}", extras.front(),
+                            terminal::didYouMean(extras.front(), {"export", "render", "run", "snapshot"})));
 }
 
-void addModelOptions(CLI::App& command, ModelOptions& options) {
+void addQuality(CLI::App& command, ModelOptions& options) {
   command.add_option("--quality", options.quality, "Tessellation quality, 0 to 1 (default 0.2)")->option_text("Q");
-  command.add_flag("--no-nurbs", options.noNurbs, "Leave out the exact surfaces");
-  command.add_flag("--shared-materials", options.sharedMaterials, "One material for parts of the same appearance");
-  command.add_option("--up", options.upAxis, "Axis that points up: x, y, z, -x, -y or -z (default y)")
-      ->option_text("AXIS");
+}
+
+void addOverlay(CLI::App& command, ModelOptions& options) {
   command
       .add_option("--overlay", options.overlay,
                   "What STEP has not, as JSON (default: MODEL's name with .json, when it is there)")
       ->option_text("FILE");
+}
+
+void addModelOptions(CLI::App& command, ModelOptions& options) {
+  addQuality(command, options);
+  command.add_flag("--no-nurbs", options.noNurbs, "Leave out the exact surfaces");
+  command.add_flag("--shared-materials", options.sharedMaterials, "One material for parts of the same appearance");
+  command.add_option("--up", options.upAxis, "Axis that points up: x, y, z, -x, -y or -z (default y)")
+      ->option_text("AXIS");
+  addOverlay(command, options);
   command.add_option("--fra", options.frameFile, "Mechanism frame file: the motion that goes with the model")
       ->option_text("FILE");
   command
@@ -73,7 +83,7 @@ void addModelOptions(CLI::App& command, ModelOptions& options) {
 CLI::App* addModelCommand(CLI::App& app, const char* name, const char* what, ModelOptions& options) {
   CLI::App* command = app.add_subcommand(name, what);
   command->allow_extras();
-  command->add_option("MODEL", options.model, "STEP file to open")->required()->option_text(" ");
+  command->add_option("MODEL", options.model, "STEP file or snapshot to open")->required()->option_text(" ");
   return command;
 }
 
@@ -117,6 +127,12 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   CLI::App* renderCommand =
       addModelCommand(app, "render", "Opens a model, starts a renderer and sends the model to it", renderOptions);
   addModelOptions(*renderCommand, renderOptions);
+  SnapshotOptions snapshotOptions;
+  CLI::App* snapshotCommand =
+      addModelCommand(app, "snapshot", "Saves the session with the opened model in a file", snapshotOptions);
+  snapshotCommand->add_option("OUT", snapshotOptions.output, "Snapshot to write")->required()->option_text(" ");
+  addQuality(*snapshotCommand, snapshotOptions);
+  addOverlay(*snapshotCommand, snapshotOptions);
   ScriptOptions scriptOptions;
   CLI::App* runCommand = app.add_subcommand("run", "Runs the commands of a script");
   runCommand->allow_extras();
@@ -153,6 +169,8 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
     result.command = exportOptions;
   } else if (renderCommand->parsed()) {
     result.command = renderOptions;
+  } else if (snapshotCommand->parsed()) {
+    result.command = snapshotOptions;
   } else {
     if (runCommand->parsed() && script != "-") scriptOptions.script = script;
     result.command = scriptOptions;

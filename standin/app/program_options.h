@@ -12,8 +12,8 @@ namespace standin {
 struct CommonOptions {
   std::filesystem::path plugin;
   std::filesystem::path messages;
-  unsigned codePage = 1252;
-  std::string language;  // a folder of translated messages; empty: English
+  std::optional<unsigned> codePage;  // none: 1252, or what an opened snapshot says
+  std::string language;              // a folder of translated messages; empty: English
 };
 
 // What is opened, and what of it is sent how.
@@ -34,6 +34,11 @@ struct ExportOptions : ModelOptions {
 
 struct RenderOptions : ModelOptions {};
 
+// The session as it is when the model was opened, saved in a file.
+struct SnapshotOptions : ModelOptions {
+  std::filesystem::path output;
+};
+
 struct ScriptOptions {
   std::optional<std::filesystem::path> script;  // none: standard input; a prompt when that is a terminal
 };
@@ -45,7 +50,7 @@ struct TextAnswer {
 
 struct ProgramOptions {
   CommonOptions common;
-  std::variant<ScriptOptions, ExportOptions, RenderOptions, TextAnswer> command;
+  std::variant<ScriptOptions, ExportOptions, RenderOptions, SnapshotOptions, TextAnswer> command;
 };
 
 // Throws Failure(kUsage).

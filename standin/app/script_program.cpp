@@ -50,6 +50,7 @@ ExitCode runScript(const CommonOptions& common, const ScriptOptions& options, st
   PluginHost plugin(common.plugin);
   terminal::Progress progress(stderr);
   Workbench bench(session, plugin, progress, scratch.origin());
+  if (common.codePage) bench.keepCodePage();
   Script script(bench, scratch.path() / SettingsFile::kName, output);
   const ExitCode code = runLines(script, options, file, output, errors);
   plugin.unload(session);

@@ -23,6 +23,14 @@ void countParts(const Model& model, std::set<const Model*>& visited, std::size_t
   }
 }
 
+void printSize(std::ostream& output, const std::filesystem::path& file) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(file, error);
+  if (!error) fmt::print(output, "package       {} bytes\n", size);
+}
+
+}  // namespace
+
 void printFailedSurfaces(std::ostream& output, const RunCounts& counts) {
   fmt::print(output, "left out      {}\n", counts.failedSurfaces.size());
   std::size_t named = 0;
@@ -34,14 +42,6 @@ void printFailedSurfaces(std::ostream& output, const RunCounts& counts) {
     fmt::print(output, "  {} surface {}: {}\n", displayName(*surface.first), surface.second, reason);
   }
 }
-
-void printSize(std::ostream& output, const std::filesystem::path& file) {
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(file, error);
-  if (!error) fmt::print(output, "package       {} bytes\n", size);
-}
-
-}  // namespace
 
 void printSummary(std::ostream& output, Session& session, const WrittenPackage* package,
                   std::chrono::steady_clock::duration reading) {

@@ -13,4 +13,7 @@ namespace standin {
 void printSummary(std::ostream& output, Session& session, const WrittenPackage* package,
                   std::chrono::steady_clock::duration reading);
 
+// Writes how many surfaces no attempt could tessellate, and the first of them with the reasons.
+void printFailedSurfaces(std::ostream& output, const RunCounts& counts);
+
 }  // namespace standin

@@ -8,6 +8,8 @@
 #include "standin/app/captured_output.h"
 #include "standin/app/component_lookup.h"
 #include "standin/app/failure.h"
+#include "standin/snapshot/snapshot_reader.h"
+#include "standin/step/step_loader.h"
 #include "standin/windows/code_page.h"
 #include "tools/terminal/suggestion.h"
 
@@ -29,9 +31,18 @@ void checkReadable(const std::filesystem::path& file) {
   if (error) throw Failure(ExitCode::kModel, fmt::format("{}: {}", file.string(), error.message()));
 }
 
+LoadResult readModel(Session& session, const std::filesystem::path& file, const LoadProgress& progress) {
+  return isSnapshot(file) ? readSnapshot(session, file, progress) : loadStep(session, file, progress);
+}
+
 Workbench::Workbench(Session& session, Plugin& plugin, terminal::Progress& progress, std::filesystem::path folder,
                      ModelReader reader)
-    : session_(session), plugin_(plugin), progress_(progress), folder_(std::move(folder)), reader_(std::move(reader)) {}
+    : session_(session),
+      plugin_(plugin),
+      progress_(progress),
+      folder_(std::move(folder)),
+      reader_(std::move(reader)),
+      codePage_(systemCodePage()) {}
 
 void Workbench::open(const std::filesystem::path& file, const std::optional<std::filesystem::path>& overlay) {
   const std::filesystem::path resolved = resolve(file);
@@ -42,7 +53,8 @@ void Workbench::open(const std::filesystem::path& file, const std::optional<std:
     const LoadResult loaded = read(resolved);
     if (!loaded.model) throw Failure(ExitCode::kModel, fmt::format("{}: {}", resolved.string(), loaded.error));
     session_.current = loaded.model;
-    applyFittingOverlay(resolved, overlay);
+    applyFittingOverlay(resolved, overlay, !loaded.overlaid);
+    takeCodePage(resolved, loaded.codePage);
   } catch (const Failure&) {
     session_.current = modelBefore;
     session_.mode = modeBefore;
@@ -67,7 +79,8 @@ LoadResult Workbench::read(const std::filesystem::path& file) {
 }
 
 void Workbench::applyFittingOverlay(const std::filesystem::path& file,
-                                    const std::optional<std::filesystem::path>& overlay) {
+                                    const std::optional<std::filesystem::path>& overlay, bool beside) {
+  if (!overlay && !beside) return;
   std::error_code ignored;
   std::filesystem::path chosen = overlay ? resolve(*overlay) : std::filesystem::path(file).replace_extension(".json");
   if (overlay) checkReadable(chosen);
@@ -85,6 +98,13 @@ std::optional<int> Workbench::runShowingProgress(const std::string& commandName)
   session_.onTessellated = nullptr;
   progress_.end();
   return result;
+}
+
+void Workbench::takeCodePage(const std::filesystem::path& file, std::optional<unsigned> saved) {
+  if (!codePage_) return;
+  const unsigned codePage = saved.value_or(*codePage_);
+  if (setSystemCodePage(codePage)) return;
+  throw Failure(ExitCode::kModel, fmt::format("{}: needs code page {}, which is not there", file.string(), codePage));
 }
 
 CommandReport Workbench::run(const std::string& commandName) {

@@ -106,6 +106,12 @@ void Session::touch(Model& model) {
   impl_->forgetAnswers();
 }
 
+void Session::restoreStamp(Model& model, std::uint64_t stamp) {
+  model.versionStamp = stamp;
+  lastStamp_ = std::max(lastStamp_, stamp);
+  impl_->forgetAnswers();
+}
+
 Command* Session::findCommand(const std::string& name) {
   const auto found =
       std::find_if(commands_.begin(), commands_.end(), [&](const Command& command) { return command.name == name; });

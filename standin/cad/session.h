@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -83,6 +84,8 @@ class Session {
   const std::deque<std::unique_ptr<Model>>& models() const { return models_; }
   // Marks a model as changed; assemblies that hold it are not touched.
   void touch(Model& model);
+  // Gives a model the version stamp that it was saved with; later changes get higher ones.
+  void restoreStamp(Model& model, std::uint64_t stamp);
 
   Model* current = nullptr;
   ProMode mode = PRO_MODE_UNUSED;

@@ -39,7 +39,9 @@ class Overlay {
 
   void apply() {
     for (const auto& change : changes_) change();
-    for (Model* model : touched_) session_.touch(*model);
+    for (const auto& model : session_.models()) {
+      if (touched_.count(model.get()) != 0) session_.touch(*model);
+    }
   }
 
  private:

@@ -3,20 +3,11 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <string>
 
-#include "standin/cad/session.h"
+#include "standin/cad/model_reader.h"
 
 namespace standin {
-
-struct LoadResult {
-  Model* model = nullptr;  // the top model; null when the file could not be opened
-  std::string error;       // what is wrong with the file, in one line, without its name
-};
-
-// The share of the work done so far, 0 to 1; false asks to stop.
-using LoadProgress = std::function<bool(double)>;
 
 // Reads the file into the session, makes its top model the current one and sets the mode. Several free shapes are
 // put into an assembly named after the file.
