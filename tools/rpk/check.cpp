@@ -67,7 +67,7 @@ class Checker : public PackageVisitor {
   void parameter(const Parameter& parameter) override;
   void line(const Line& line) override;
   void fault(const Fault& fault) override;
-  void passing(std::uint64_t offset) override { reporter_.passedUntil(offset); }
+  void passing(std::size_t offset) override { reporter_.passedUntil(offset); }
 
   CheckReport finish(std::size_t readerFaults);
 

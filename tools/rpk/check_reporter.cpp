@@ -8,7 +8,7 @@ namespace {
 constexpr std::size_t kMaxPathPart = 64;  // bytes of one opening line
 constexpr std::size_t kMaxWhat = 400;
 constexpr std::size_t kPackedHeader = 8;
-constexpr std::uint64_t kPassedStep = 16U << 20;
+constexpr std::size_t kPassedStep = 16U << 20;
 
 // Runs of blanks become one; what a terminal or a JSON text would not take becomes \xNN.
 void appendPrintable(std::string& text, std::string_view part) {
@@ -35,9 +35,9 @@ void appendPrintable(std::string& text, std::string_view part) {
 }  // namespace
 
 void CheckReporter::openBlock(const Block& block) {
-  std::uint64_t end = block.place.offset + block.directive.size();
+  std::size_t end = block.place.offset + block.directive.size();
   for (const Word& word : block.words) {
-    end = std::max(end, static_cast<std::uint64_t>(word.source.data() + word.source.size() - bytes_.data()));
+    end = std::max(end, static_cast<std::size_t>(word.source.data() + word.source.size() - bytes_.data()));
   }
   open_.push_back(bytes_.substr(block.place.offset, end - block.place.offset));
 }
@@ -53,14 +53,14 @@ Place CheckReporter::placeOf(const ArrayView& array, const Place& parameter, con
   // Within packed data nothing is a line break; its head can look like one.
   const char* end = array.packed() ? array.bytes().data() - kPackedHeader : value;
   const auto lines = std::count(bytes_.data() + parameter.offset, end, '\n');
-  return {static_cast<std::uint64_t>(value - bytes_.data()), parameter.line + static_cast<std::uint64_t>(lines)};
+  return {static_cast<std::size_t>(value - bytes_.data()), parameter.line + static_cast<std::uint64_t>(lines)};
 }
 
 void CheckReporter::passed(std::string_view range) const {
   if (passed_) passed_(range);
 }
 
-void CheckReporter::passedUntil(std::uint64_t offset) {
+void CheckReporter::passedUntil(std::size_t offset) {
   if (offset < passedOffset_ + kPassedStep) return;
   passed(bytes_.substr(passedOffset_, offset - passedOffset_));
   passedOffset_ = offset;

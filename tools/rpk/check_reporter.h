@@ -24,7 +24,7 @@ class CheckReporter {
 
   // The range is done with; everything before `offset` is.
   void passed(std::string_view range) const;
-  void passedUntil(std::uint64_t offset);
+  void passedUntil(std::size_t offset);
 
   std::string_view bytes() const { return bytes_; }
   CheckReport& result() { return report_; }
@@ -36,7 +36,7 @@ class CheckReporter {
   std::string_view bytes_;
   CheckLimits limits_;
   const PassedBytes& passed_;
-  std::uint64_t passedOffset_ = 0;
+  std::size_t passedOffset_ = 0;
   std::vector<std::string_view> open_;  // the opening lines as they stand in the file
 };
 

@@ -18,7 +18,7 @@ namespace rpk {
 // Place of something in the file. Lines count from 1 and count text lines only: the bytes of packed arrays hold no
 // line breaks, whatever their values.
 struct Place {
-  std::uint64_t offset = 0;
+  std::size_t offset = 0;
   std::uint64_t line = 1;
 };
 
@@ -133,7 +133,7 @@ class PackageVisitor {
   virtual void line(const Line&) {}
   virtual void fault(const Fault&) {}
   // Every now and then within a long array of text: what stands before the offset has been gone through.
-  virtual void passing(std::uint64_t /*offset*/) {}
+  virtual void passing(std::size_t /*offset*/) {}
 };
 
 struct ReadLimits {

@@ -1,13 +1,12 @@
 #include "tools/rpk/app/output_file.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
 
 #include "tools/rpk/app/failure.h"
+#include "tools/rpk/app/new_file.h"
 
 namespace rpk {
 namespace {
@@ -23,13 +22,10 @@ namespace fs = std::filesystem;
 fs::path makeBeside(const fs::path& place, const char* kind, const std::string& path) {
   for (int number = 0;; ++number) {
     fs::path candidate = place;
-    candidate += fmt::format(".{}-{}{}", getpid(), number, kind);
-    const int file = ::open(candidate.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-    if (file >= 0) {
-      ::close(file);
-      return candidate;
-    }
-    if (errno != EEXIST) failWith(path, errno);
+    candidate += fmt::format(".{}-{}{}", processNumber(), number, kind);
+    const int error = makeNewFile(candidate);
+    if (error == 0) return candidate;
+    if (error != EEXIST) failWith(path, error);
   }
 }
 
@@ -50,7 +46,8 @@ OutputFile::OutputFile(const std::string& path) : path_(path), place_(placeOf(pa
   if (fs::exists(status) && !fs::is_regular_file(status)) {
     stream_.open(place_, std::ios::out | std::ios::binary);
   } else {
-    if (fs::exists(status) && access(place_.c_str(), W_OK) != 0) fail(errno);
+    const int refused = fs::exists(status) ? writingRefused(place_) : 0;
+    if (refused != 0) fail(refused);
     temporary_ = makeBeside(place_, ".part", path_);
     removed_.emplace(temporary_, terminal::RemovedOnSignal::Kind::kFile);
     stream_.open(temporary_, std::ios::in | std::ios::out | std::ios::binary | std::ios::trunc);
