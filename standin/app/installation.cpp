@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "standin/app/system.h"
+
 namespace standin {
 namespace {
 
@@ -18,11 +20,11 @@ path firstExisting(const std::vector<path>& candidates, const path& below) {
 
 }  // namespace
 
-path programFolder() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
+path programFolder() { return programFile().parent_path(); }
 
 path findPlugin(const path& programFolder) {
   const path parent = programFolder / "..";
-  return firstExisting({parent / "lib/librendara_creo.so", parent / RENDARA_INSTALLED_PLUGIN}, {});
+  return firstExisting({parent / RENDARA_BUILT_PLUGIN, parent / RENDARA_INSTALLED_PLUGIN}, {});
 }
 
 path findMessages(const path& programFolder) {

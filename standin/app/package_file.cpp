@@ -1,7 +1,6 @@
 #include "standin/app/package_file.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -9,6 +8,7 @@
 #include <utility>
 
 #include "standin/app/failure.h"
+#include "standin/app/system.h"
 #include "standin/windows/code_page.h"
 #include "tools/rpk/mapped_file.h"
 
@@ -47,16 +47,18 @@ void PackageFile::checkLength() const {
 
 void PackageFile::checkPlace() const {
   checkLength();
-  if (access(path_.c_str(), F_OK) == 0) {
-    std::error_code error;
-    if (fs::is_directory(path_, error)) failWithSystemMessage(path_, EISDIR);
-    if (access(path_.c_str(), W_OK) != 0) failWithSystemMessage(path_, errno);
-    return;
+  std::error_code error;
+  const fs::file_status status = fs::status(path_, error);
+  if (fs::is_directory(status)) failWithSystemMessage(path_, EISDIR);
+  if (!fs::exists(status)) {
+    if (status.type() != fs::file_type::not_found) fail(path_, error.message());
+    if (path_.filename().empty()) failWithSystemMessage(path_, ENOENT);
   }
-  if (errno != ENOENT) failWithSystemMessage(path_, errno);
-  // A new file: what counts is its folder.
-  if (path_.filename().empty()) failWithSystemMessage(path_, ENOENT);
-  if (access(path_.parent_path().c_str(), W_OK | X_OK) != 0) failWithSystemMessage(path_, errno);
+  // Of a new file its folder counts.
+  const fs::path place = fs::exists(status) ? path_ : path_.parent_path();
+  if (place != path_ && fs::is_regular_file(place, error)) failWithSystemMessage(path_, ENOTDIR);
+  const int refused = writeRefused(place);
+  if (refused != 0) failWithSystemMessage(path_, refused);
 }
 
 bool PackageFile::ordinary() const {

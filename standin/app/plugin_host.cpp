@@ -1,10 +1,10 @@
 #include "standin/app/plugin_host.h"
 
-#include <dlfcn.h>
 #include <fmt/format.h>
 
-#include <memory>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "standin/app/failure.h"
 
@@ -14,22 +14,9 @@ namespace {
 constexpr const char* kInitialize = "user_initialize_plus";
 constexpr const char* kTerminate = "user_terminate_plus";
 
-struct LibraryCloser {
-  void operator()(void* library) const { dlclose(library); }
-};
-
-// The loader's message begins with the file's name more often than not; ours always does.
-std::string loaderMessage(const std::string& file) {
-  const char* text = dlerror();
-  std::string message = text ? text : "cannot be loaded";
-  const std::string prefix = file + ": ";
-  if (message.rfind(prefix, 0) == 0) message.erase(0, prefix.size());
-  return message;
-}
-
 template <typename Function>
-Function entry(void* library, const std::string& file, const char* name) {
-  void* address = dlsym(library, name);
+Function entry(const Library& library, const std::string& file, const char* name) {
+  const Library::Address address = library.find(name);
   if (!address) {
     throw Failure(ExitCode::kOutput, fmt::format("{}: is not a plug-in: it has no entry {}", file, name));
   }
@@ -41,16 +28,19 @@ Function entry(void* library, const std::string& file, const char* name) {
 PluginHost::~PluginHost() { close(); }
 
 void PluginHost::load() {
-  if (library_) return;
+  if (library_.loaded()) return;
   std::error_code error;
-  const std::string name = std::filesystem::absolute(file_, error).string();
-  std::unique_ptr<void, LibraryCloser> library(dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL));
-  if (!library) {
-    throw Failure(ExitCode::kOutput, fmt::format("{}: the plug-in cannot be loaded: {}", name, loaderMessage(name)));
+  const std::filesystem::path file = std::filesystem::absolute(file_, error);
+  const std::string name = file.string();
+  Library library;
+  try {
+    library = Library(file);
+  } catch (const std::runtime_error& refused) {
+    throw Failure(ExitCode::kOutput, fmt::format("{}: the plug-in cannot be loaded: {}", name, refused.what()));
   }
-  const auto initialize = entry<int (*)()>(library.get(), name, kInitialize);
-  terminate_ = entry<void (*)()>(library.get(), name, kTerminate);
-  library_ = library.release();
+  const auto initialize = entry<int (*)()>(library, name, kInitialize);
+  terminate_ = entry<void (*)()>(library, name, kTerminate);
+  library_ = std::move(library);
   const int result = initialize();
   if (result != 0) {
     close();
@@ -65,10 +55,9 @@ void PluginHost::unload(Session& session) {
 }
 
 void PluginHost::close() {
-  if (!library_) return;
+  if (!library_.loaded()) return;
   terminate_();
-  dlclose(library_);
-  library_ = nullptr;
+  library_ = Library();
   terminate_ = nullptr;
 }
 

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "standin/app/system.h"
 #include "standin/cad/session.h"
 
 namespace standin {
@@ -27,7 +28,7 @@ class PluginHost : public Plugin {
   PluginHost& operator=(const PluginHost&) = delete;
 
   void load() override;
-  bool loaded() const override { return library_ != nullptr; }
+  bool loaded() const override { return library_.loaded(); }
   void unload(Session& session) override;
   const std::filesystem::path& file() const { return file_; }
 
@@ -35,7 +36,7 @@ class PluginHost : public Plugin {
   void close();
 
   std::filesystem::path file_;
-  void* library_ = nullptr;
+  Library library_;
   void (*terminate_)() = nullptr;
 };
 

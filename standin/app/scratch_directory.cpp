@@ -1,28 +1,24 @@
 #include "standin/app/scratch_directory.h"
 
 #include <fmt/format.h>
-#include <stdlib.h>
 
-#include <cerrno>
 #include <string>
 #include <system_error>
 
 #include "standin/app/failure.h"
 #include "standin/app/settings_file.h"
+#include "standin/app/system.h"
 
 namespace standin {
 namespace {
 
 std::filesystem::path makeFolder() {
-  std::error_code error;
-  const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
-  std::string pattern = (parent / "creo-standin-XXXXXX").string();
-  if (error || !mkdtemp(pattern.data())) {
-    const std::string reason = error ? error.message() : std::generic_category().message(errno);
+  try {
+    return makeTemporaryFolder();
+  } catch (const std::system_error& error) {
     throw Failure(ExitCode::kOutput,
-                  fmt::format("{}: no folder for temporary files can be made: {}", parent.string(), reason));
+                  fmt::format("no folder for temporary files can be made: {}", error.code().message()));
   }
-  return pattern;
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "standin/app/script_program.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include "standin/app/plugin_host.h"
 #include "standin/app/scratch_directory.h"
 #include "standin/app/script.h"
+#include "standin/app/system.h"
 #include "standin/app/workbench.h"
 
 namespace standin {
@@ -31,7 +31,7 @@ std::ifstream openScript(const std::filesystem::path& file) {
 ExitCode runLines(Script& script, const ScriptOptions& options, std::ifstream& file, std::ostream& output,
                   std::ostream& errors) {
   if (options.script) return script.runAll(file, options.script->string(), errors);
-  if (!isatty(STDIN_FILENO)) return script.runAll(std::cin, "standard input", errors);
+  if (!inputIsTerminal()) return script.runAll(std::cin, "standard input", errors);
   output << "\"help\" lists the commands, \"quit\" ends.\n";
   script.runPrompt(std::cin, errors);
   return ExitCode::kDone;
