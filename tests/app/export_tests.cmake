@@ -86,3 +86,30 @@ add_standin_test(package_cut ARGS export ${pair} out.rpk --plugin $<TARGET_FILE:
   ERROR "^creo-standin: [^\n]*/out.rpk: not a complete package: line [0-9]+: [^\n]+\n$")
 add_standin_test(export_interrupted ARGS export ${pair} out.rpk --plugin $<TARGET_FILE:interrupted_plugin>
   EXIT "Subprocess terminated")
+
+# Snapshots. What lies beside one was applied when it was made.
+set(pair_snapshot "/files/pair.snap\nparts +2\nsurfaces +9\ntriangles +[0-9]+\nleft out +0\nsnapshot +[0-9]+ bytes\n$")
+add_standin_test(snapshot ARGS snapshot ${pair} pair.snap --quality 0.5 EXIT 0 OUTPUT "${pair_snapshot}" WRITES pair.snap)
+set(make_snapshot [[
+execute_process(COMMAND "${PROGRAM}" snapshot "${PAIR}" pair.snap --code-page 932
+  WORKING_DIRECTORY "${WORK}" OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+file(WRITE "${WORK}/pair.json" "{")]])
+add_standin_test(snapshot_export SETUP "${make_snapshot}"
+  ARGS export pair.snap pair.rpk EXIT 0 OUTPUT "${pair_summary}" WRITES pair.rpk)
+add_standin_test(snapshot_prompt SETUP "${make_snapshot}" ARGS EXIT 0 WRITES pair.rpk
+  INPUT "open pair.snap\nanswer save pair.rpk\nrun \"Rendara Export\"\n")
+add_standin_test(snapshot_with_overlay SETUP "${make_snapshot}" ARGS export pair.snap out.rpk --overlay pair.json EXIT 3
+  ERROR "^creo-standin: [^\n]*/pair.json: [^\n]+\n$")
+add_standin_test(snapshot_is_model SETUP "${make_snapshot}" ARGS snapshot pair.snap ./pair.snap EXIT 2
+  ERROR "^creo-standin: [^\n]*pair.snap: would be overwritten by the snapshot\n$")
+add_standin_test(snapshot_cut
+  SETUP [[
+string(ASCII 13 10 line_break)
+file(WRITE "${WORK}/cut.snap" "RDSNAP${line_break}")]]
+  ARGS export cut.snap out.rpk EXIT 3 ERROR "^creo-standin: [^\n]*/cut.snap: the snapshot is cut short\n$")
+add_standin_test(snapshot_folder_missing ARGS snapshot ${pair} absent/out.snap EXIT 4
+  ERROR "^creo-standin: [^\n]*/absent/out.snap: No such file or directory\n$")
+add_standin_test(snapshot_full SETUP "file(CREATE_LINK /dev/full \"\${WORK}/out.snap\" SYMBOLIC)"
+  ARGS snapshot ${pair} out.snap EXIT 4 ERROR "^creo-standin: [^\n]*/out.snap: No space left on device\n$")
+add_standin_test(snapshot_plugin_refuses ARGS snapshot ${pair} out.snap --plugin $<TARGET_FILE:refusing_plugin> EXIT 4
+  ERROR "^creo-standin: [^\n]*: the plug-in refused to start: user_initialize_plus gave -1\n$")

@@ -58,6 +58,17 @@ TEST(ProgramOptionsTest, ReadsARender) {
   EXPECT_EQ(failureOf({"render", "pump.step", "out.rpk"}), "unexpected argument \"out.rpk\"");
 }
 
+TEST(ProgramOptionsTest, ReadsASnapshot) {
+  const ProgramOptions options =
+      parse({"snapshot", "pump.step", "pump.snap", "--quality", "0.5", "--overlay", "o.json"});
+  const auto& saved = std::get<SnapshotOptions>(options.command);
+  EXPECT_EQ(saved.model, "pump.step");
+  EXPECT_EQ(saved.output, "pump.snap");
+  EXPECT_EQ(saved.quality, "0.5");
+  EXPECT_EQ(saved.overlay, "o.json");
+  EXPECT_EQ(options.common.codePage, std::nullopt) << "what is opened may then say it";
+}
+
 TEST(ProgramOptionsTest, ReadsScripts) {
   EXPECT_EQ(std::get<ScriptOptions>(parse({"run", "a.txt"}).command).script, "a.txt");
   EXPECT_EQ(std::get<ScriptOptions>(parse({"run", "-"}).command).script, std::nullopt);
