@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
-#include <set>
+#include <cstddef>
 #include <vector>
 
+#include "standin/app/dialog_grid.h"
 #include "standin/windows/code_page.h"
 
 namespace standin {
@@ -117,16 +117,6 @@ Block widgetBlock(const Dialog& dialog, const Widget& widget) {
   return {};
 }
 
-// The components of a row by their columns; those of one cell stand side by side.
-using Row = std::map<int, std::vector<const Widget*>>;
-
-// Whether the row is that of a single component that reaches across the grid.
-bool spans(const Row& row) {
-  if (row.size() != 1 || row.begin()->second.size() != 1) return false;
-  const Widget& widget = *row.begin()->second.front();
-  return widget.kind == WidgetKind::separator || widget.kind == WidgetKind::layout || widget.columns > 1;
-}
-
 // A part of a grid from its left to its right edge.
 struct Strip {
   Block block;
@@ -134,31 +124,37 @@ struct Strip {
   bool centred = false;
 };
 
+// The components of one cell, side by side; empty when the row has none there.
+Block cellBlock(const Dialog& dialog, const DialogRow& row, int column) {
+  const auto cell = row.find(column);
+  if (cell == row.end()) return {};
+  std::vector<Block> blocks;
+  for (const Widget* widget : cell->second) blocks.push_back(widgetBlock(dialog, *widget));
+  return beside(blocks);
+}
+
 // Rows that share their columns, in bands that are not too wide.
-void appendBands(const Dialog& dialog, const std::vector<Row>& rows, std::vector<Strip>& strips) {
-  std::map<int, std::vector<Block>> columns;  // a block for each row
-  for (std::size_t at = 0; at < rows.size(); ++at) {
-    for (const auto& [column, widgets] : rows[at]) {
-      std::vector<Block> blocks;
-      for (const Widget* widget : widgets) blocks.push_back(widgetBlock(dialog, *widget));
-      columns[column].resize(rows.size());
-      columns[column][at] = beside(blocks);
+void appendBands(const Dialog& dialog, const std::vector<DialogRow>& rows, std::vector<Strip>& strips) {
+  std::vector<std::vector<Block>> columns;  // a block for each row
+  std::vector<std::size_t> widths;
+  for (const int column : columnsOf(rows)) {
+    std::vector<Block>& blocks = columns.emplace_back();
+    std::size_t& width = widths.emplace_back(0);
+    for (const DialogRow& row : rows) {
+      blocks.push_back(cellBlock(dialog, row, column));
+      width = std::max(width, widthOf(blocks.back()));
     }
   }
-  for (auto column = columns.begin(); column != columns.end();) {
-    std::vector<std::vector<Block>> cells(rows.size());
-    std::vector<std::size_t> widths;
-    std::size_t total = 0;
-    for (; column != columns.end(); ++column) {
-      std::size_t width = 0;
-      for (const Block& block : column->second) width = std::max(width, widthOf(block));
-      if (!widths.empty() && total + kGap + width > kWidestBand) break;
-      total += width + (widths.empty() ? 0 : kGap);
-      widths.push_back(width);
-      for (std::size_t row = 0; row < rows.size(); ++row) cells[row].push_back(column->second[row]);
+  std::size_t first = 0;
+  for (const std::size_t count : bandsOf(widths, kGap, kWidestBand)) {
+    if (first > 0) strips.push_back({{L""}});
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+      std::vector<Block> cells;
+      for (std::size_t i = first; i < first + count; ++i) cells.push_back(columns[i][row]);
+      const auto begin = widths.begin() + static_cast<std::ptrdiff_t>(first);
+      strips.push_back({beside(cells, {begin, begin + static_cast<std::ptrdiff_t>(count)})});
     }
-    for (const std::vector<Block>& row : cells) strips.push_back({beside(row, widths)});
-    if (column != columns.end()) strips.push_back({{L""}});
+    first += count;
   }
 }
 
@@ -177,25 +173,15 @@ Block assembled(const std::vector<Strip>& strips) {
 
 // What the layout holds, or with no name what the dialog itself does.
 Block gridBlock(const Dialog& dialog, const std::string& layout) {
-  std::map<int, Row> rows;
-  for (const Widget& widget : dialog.widgets) {
-    if (widget.layout == layout) rows[widget.row][widget.column].push_back(&widget);
-  }
   std::vector<Strip> strips;
-  std::vector<Row> run;
-  for (const auto& entry : rows) {
-    const Row& row = entry.second;
-    if (!spans(row)) {
-      run.push_back(row);
+  for (const DialogStrip& strip : dialogStrips(dialog, layout)) {
+    if (strip.across == nullptr) {
+      appendBands(dialog, strip.rows, strips);
       continue;
     }
-    appendBands(dialog, run, strips);
-    run.clear();
-    const Widget& widget = *row.begin()->second.front();
-    const bool centred = widget.kind == WidgetKind::layout && !widget.attached.left && !widget.attached.right;
-    strips.push_back({widgetBlock(dialog, widget), widget.kind == WidgetKind::separator, centred});
+    const Widget& widget = *strip.across;
+    strips.push_back({widgetBlock(dialog, widget), widget.kind == WidgetKind::separator, isCentred(widget)});
   }
-  appendBands(dialog, run, strips);
   return assembled(strips);
 }
 

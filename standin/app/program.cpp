@@ -32,7 +32,7 @@ void prepare(CommonOptions& common) {
   terminal::installSignalCleanup();
 }
 
-ExitCode runCommand(ProgramOptions& options) {
+ExitCode runCommand(ProgramOptions& options, const WindowProgram& window) {
   if (const auto* answer = std::get_if<TextAnswer>(&options.command)) {
     std::cout << answer->text;
     return ExitCode::kDone;
@@ -48,6 +48,11 @@ ExitCode runCommand(ProgramOptions& options) {
   }
   if (const auto* saved = std::get_if<SnapshotOptions>(&options.command)) {
     saveSnapshot(options.common, *saved, std::cout);
+    return ExitCode::kDone;
+  }
+  if (const auto* shown = std::get_if<WindowOptions>(&options.command)) {
+    if (!window) throw Failure(ExitCode::kUsage, "--window: this program was built without Qt 6 and has no window");
+    window(options.common, *shown);
     return ExitCode::kDone;
   }
   return runScript(options.common, std::get<ScriptOptions>(options.command), std::cout, std::cerr);
@@ -66,11 +71,11 @@ ExitCode flushOutput(ExitCode code) {
 
 }  // namespace
 
-ExitCode runProgram(int argumentCount, const char* const* arguments) {
+ExitCode runProgram(int argumentCount, const char* const* arguments, const WindowProgram& window) {
   ExitCode code = ExitCode::kDone;
   try {
     ProgramOptions options = parseOptions(argumentCount, arguments);
-    code = runCommand(options);
+    code = runCommand(options, window);
   } catch (const MisuseFailure& failure) {
     std::cout.flush();
     tell(failure.what());

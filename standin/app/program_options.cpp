@@ -22,6 +22,7 @@ constexpr const char* kExamples = R"(Examples:
   creo-standin snapshot pump.step pump.snap   (opens without Open CASCADE)
   creo-standin run steps.txt
   creo-standin                    (a prompt; "help" lists its commands)
+  creo-standin --window pump.step (the session in a window, with a ribbon, a model tree and dialogs)
 
 Exit status: 0 done, 2 usage, 3 the model cannot be opened, 4 no output, 5 the plug-in misused the session.)";
 
@@ -116,6 +117,10 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   app.add_option("--messages", result.common.messages, "Folder of the message file")->option_text("FOLDER");
   app.add_option("--language", result.common.language, "Language of the plug-in's texts: german, french or japanese")
       ->option_text("NAME");
+  std::filesystem::path windowModel;
+  app.add_option("--window", windowModel, "Opens the session in a window, with MODEL when one is given")
+      ->option_text("[MODEL]")
+      ->expected(0, 1);
   std::optional<std::string> codePage;
   app.add_option("--code-page", codePage, "System code page of the session (default 1252)")->option_text("N");
 
@@ -164,6 +169,10 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
     throw Failure(ExitCode::kUsage,
                   fmt::format("{}: holds no texts in \"{}\"", result.common.messages.string(), result.common.language));
   }
+  const bool inWindow = app.count("--window") > 0;
+  if (inWindow && !app.get_subcommands().empty()) {
+    throw Failure(ExitCode::kUsage, "--window goes without a command");
+  }
   if (codePage) result.common.codePage = parseCodePage(*codePage);
   if (exportCommand->parsed()) {
     result.command = exportOptions;
@@ -171,6 +180,10 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
     result.command = renderOptions;
   } else if (snapshotCommand->parsed()) {
     result.command = snapshotOptions;
+  } else if (inWindow) {
+    WindowOptions window;
+    if (!windowModel.empty()) window.model = windowModel;
+    result.command = window;
   } else {
     if (runCommand->parsed() && script != "-") scriptOptions.script = script;
     result.command = scriptOptions;

@@ -43,6 +43,11 @@ struct ScriptOptions {
   std::optional<std::filesystem::path> script;  // none: standard input; a prompt when that is a terminal
 };
 
+// The session in a window.
+struct WindowOptions {
+  std::optional<std::filesystem::path> model;  // to open at once
+};
+
 // --help or --version were asked for.
 struct TextAnswer {
   std::string text;
@@ -50,7 +55,7 @@ struct TextAnswer {
 
 struct ProgramOptions {
   CommonOptions common;
-  std::variant<ScriptOptions, ExportOptions, RenderOptions, SnapshotOptions, TextAnswer> command;
+  std::variant<ScriptOptions, ExportOptions, RenderOptions, SnapshotOptions, WindowOptions, TextAnswer> command;
 };
 
 // Throws Failure(kUsage).

@@ -13,6 +13,7 @@
 #include <set>
 #include <utility>
 
+#include "standin/app/component_change.h"
 #include "standin/app/component_lookup.h"
 #include "standin/app/misuse.h"
 #include "standin/app/script.h"
@@ -21,9 +22,6 @@
 
 namespace standin {
 namespace {
-
-// The element of a placement where its translation begins.
-constexpr std::size_t kTranslation = 12;
 
 [[noreturn]] void failUsage(const std::string& message) { throw Failure(ExitCode::kUsage, message); }
 
@@ -36,49 +34,8 @@ double parseNumber(const std::string& text) {
   return value;
 }
 
-std::string statusText(const Feature& feature) {
-  static const std::map<ProFeatStatus, const char*> kNames = {
-      {PRO_FEAT_INVALID, "invalid"},
-      {PRO_FEAT_ACTIVE, ""},
-      {PRO_FEAT_INACTIVE, "inactive"},
-      {PRO_FEAT_FAMTAB_SUPPRESSED, "suppressed by a family table"},
-      {PRO_FEAT_SIMP_REP_SUPPRESSED, "suppressed by a representation"},
-      {PRO_FEAT_PROG_SUPPRESSED, "suppressed by a program"},
-      {PRO_FEAT_SUPPRESSED, "suppressed"},
-      {PRO_FEAT_UNREGENERATED, "unregenerated"},
-  };
-  const auto found = kNames.find(feature.status);
-  return found == kNames.end() ? "status unknown" : found->second;
-}
-
-bool holdsFeature(const Layer& layer, const Feature& feature) {
-  return std::find(layer.items.begin(), layer.items.end(), std::pair(PRO_LAYER_FEAT, feature.id)) != layer.items.end();
-}
-
-const char* displayText(ProLayerDisplay display) {
-  switch (display) {
-    case PRO_LAYER_TYPE_NONE:
-    case PRO_LAYER_TYPE_NORMAL:
-      return "shown";
-    case PRO_LAYER_TYPE_DISPLAY:
-      return "isolated";
-    case PRO_LAYER_TYPE_BLANK:
-      return "blanked";
-    case PRO_LAYER_TYPE_HIDDEN:
-      return "hidden";
-  }
-  return "unknown";
-}
-
-// What is worth saying of a component: its status, whether it is hidden, its layers.
 std::string remarks(const Model& owner, const Feature& feature) {
-  std::vector<std::string> parts;
-  if (const std::string status = statusText(feature); !status.empty()) parts.push_back(status);
-  if (feature.hidden) parts.emplace_back("hidden");
-  for (const Layer& layer : owner.layers) {
-    if (!holdsFeature(layer, feature)) continue;
-    parts.push_back(fmt::format("layer {} {}", utf8FromWide(layer.name), displayText(layer.display)));
-  }
+  const std::vector<std::string> parts = componentRemarks(owner, feature);
   return parts.empty() ? std::string() : fmt::format("  ({})", fmt::join(parts, ", "));
 }
 
@@ -218,23 +175,20 @@ void Script::move(const Arguments& arguments) {
   const Component component = findComponent(current(), arguments[0]);
   std::array<double, 3> shift = {};
   for (std::size_t i = 0; i < shift.size(); ++i) shift[i] = parseNumber(arguments[i + 1]);
-  for (std::size_t i = 0; i < shift.size(); ++i) component.feature->placement[kTranslation + i] += shift[i];
-  bench_.session().touch(*component.owner);
+  moveComponent(bench_.session(), component, shift);
 }
 
 void Script::setStatus(const std::string& path, ProFeatStatus status) {
-  const Component component = findComponent(current(), path);
-  component.feature->status = status;
-  bench_.session().touch(*component.owner);
+  setComponentStatus(bench_.session(), findComponent(current(), path), status);
 }
 
 void Script::suppress(const Arguments& arguments) { setStatus(arguments[0], PRO_FEAT_SUPPRESSED); }
 
 void Script::resume(const Arguments& arguments) { setStatus(arguments[0], PRO_FEAT_ACTIVE); }
 
-void Script::hide(const Arguments& arguments) { findComponent(current(), arguments[0]).feature->hidden = true; }
+void Script::hide(const Arguments& arguments) { setComponentHidden(findComponent(current(), arguments[0]), true); }
 
-void Script::unhide(const Arguments& arguments) { findComponent(current(), arguments[0]).feature->hidden = false; }
+void Script::unhide(const Arguments& arguments) { setComponentHidden(findComponent(current(), arguments[0]), false); }
 
 void Script::addToLayer(const std::string& name, const std::string& path) {
   const Component component = findComponent(current(), path);
@@ -276,23 +230,16 @@ void Script::layer(const Arguments& arguments) {
 }
 
 void Script::colour(const Arguments& arguments) {
-  Appearance appearance;
-  std::array<unsigned, 3> bytes = {};
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    appearance.color[i] = parseNumber(arguments[i + 1]);
-    if (appearance.color[i] < 0 || appearance.color[i] > 1) failUsage("a colour's numbers go from 0 to 1");
-    bytes[i] = static_cast<unsigned>(std::lround(255 * appearance.color[i]));
+  Point colour = {};
+  for (std::size_t i = 0; i < colour.size(); ++i) {
+    colour[i] = parseNumber(arguments[i + 1]);
+    if (colour[i] < 0 || colour[i] > 1) failUsage("a colour's numbers go from 0 to 1");
   }
-  appearance.name = wideFromUtf8(fmt::format("colour_{:02x}{:02x}{:02x}", bytes[0], bytes[1], bytes[2]));
   if (isComponentPath(arguments[0])) {
-    const Component component = findComponent(current(), arguments[0]);
-    component.feature->appearance = appearance;
-    bench_.session().touch(*component.owner);
+    paintComponent(bench_.session(), findComponent(current(), arguments[0]), plainAppearance(colour));
     return;
   }
-  Model& model = requireModel(bench_.session(), arguments[0]);
-  model.appearance = appearance;
-  bench_.session().touch(model);
+  paintModel(bench_.session(), requireModel(bench_.session(), arguments[0]), plainAppearance(colour));
 }
 
 void Script::touch(const Arguments& arguments) { bench_.session().touch(requireModel(bench_.session(), arguments[0])); }

@@ -22,6 +22,27 @@ std::vector<std::string> commandNames(Session& session) {
   return names;
 }
 
+// Notes, while it lives, what a user who is asked for a file to save answers.
+class AnswersNoted {
+ public:
+  using Ask = std::function<FileAnswer(const FileRequest&)>;
+  AnswersNoted(Ask& ask, std::vector<PackageFile>& files) : ask_(ask), before_(ask) {
+    if (!ask) return;
+    ask = [inner = before_, &files](const FileRequest& request) {
+      FileAnswer answer = inner(request);
+      if (answer) files.emplace_back(*answer);
+      return answer;
+    };
+  }
+  ~AnswersNoted() { ask_ = before_; }
+  AnswersNoted(const AnswersNoted&) = delete;
+  AnswersNoted& operator=(const AnswersNoted&) = delete;
+
+ private:
+  Ask& ask_;
+  Ask before_;
+};
+
 }  // namespace
 
 void checkReadable(const std::filesystem::path& file) {
@@ -121,6 +142,8 @@ CommandReport Workbench::run(const std::string& commandName) {
   forgetFileFailures();
 
   CommandReport report;
+  std::vector<PackageFile> chosen;
+  const AnswersNoted noted(session_.onFileSave, chosen);
   CapturedOutput captured;
   report.result = runShowingProgress(commandName).value_or(0);
   report.printed = captured.end();
@@ -131,6 +154,9 @@ CommandReport Workbench::run(const std::string& commandName) {
   for (std::size_t i = 0; i < taken; ++i) {
     if (!answers[i]) continue;
     report.packages.push_back({*answers[i], awaited[i].check(session_.current != nullptr)});
+  }
+  for (const PackageFile& file : chosen) {
+    report.packages.push_back({file.path(), file.check(session_.current != nullptr)});
   }
   return report;
 }

@@ -69,6 +69,19 @@ struct Session::Impl {
   RunClock::Duration* enter(RunClock::Duration* next);
 };
 
+// The user's answer to a question: the next of the queue, else what the function says, else nothing.
+template <typename Answer, typename Ask, typename... About>
+Answer nextAnswer(std::deque<Answer>& answers, const Ask& ask, const About&... about) {
+  Answer answer;
+  if (!answers.empty()) {
+    answer.swap(answers.front());
+    answers.pop_front();
+  } else if (ask) {
+    answer = ask(about...);
+  }
+  return answer;
+}
+
 // One call of an operation. False when there is no session.
 class Operation {
  public:

@@ -49,9 +49,8 @@ ProError ProSimprepSelect(ProSolid p_solid, ProSimprep* p_simprep) {
   if (model == nullptr || p_simprep == nullptr) return PRO_TK_BAD_INPUTS;
   standin::Session& session = operation.session();
   ++session.representationsAsked;
-  if (session.representationAnswers.empty()) return PRO_TK_USER_ABORT;
-  const std::optional<std::wstring> answer = session.representationAnswers.front();
-  session.representationAnswers.pop_front();
+  const std::optional<std::wstring> answer =
+      standin::nextAnswer(session.representationAnswers, session.onRepresentation, *model);
   if (!answer) return PRO_TK_USER_ABORT;
   int id = PRO_SIMPREP_MASTER_REP;
   if (!answer->empty()) {

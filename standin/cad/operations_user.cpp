@@ -1,10 +1,10 @@
-// What the user is asked for outside dialogs: selections and files. The answers come from the session's queues; with
-// none left the user has cancelled.
+// What the user is asked for outside dialogs: selections and files. The answers come from the session's queues, with
+// none left from its functions; without one the user has cancelled.
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <iterator>
 #include <string_view>
-#include <utility>
 
 #include "standin/cad/operation.h"
 #include "standin/windows/code_page.h"
@@ -34,13 +34,12 @@ bool isSelectionOption(const std::string& option) {
 std::wstring textOrNone(const wchar_t* text) { return text != nullptr ? std::wstring(text) : std::wstring(); }
 
 // A file dialog: the request is kept, the next answer taken.
-ProError chooseFile(standin::FileRequest request, std::vector<standin::FileRequest>& requests,
-                    std::deque<standin::FileAnswer>& answers, wchar_t* selected) {
+ProError chooseFile(const standin::FileRequest& request, std::vector<standin::FileRequest>& requests,
+                    std::deque<standin::FileAnswer>& answers,
+                    const std::function<standin::FileAnswer(const standin::FileRequest&)>& ask, wchar_t* selected) {
   if (selected == nullptr) return PRO_TK_BAD_INPUTS;
-  requests.push_back(std::move(request));
-  if (answers.empty()) return PRO_TK_USER_ABORT;
-  const standin::FileAnswer answer = answers.front();
-  answers.pop_front();
+  requests.push_back(request);
+  const standin::FileAnswer answer = standin::nextAnswer(answers, ask, request);
   if (!answer) return PRO_TK_USER_ABORT;
   const std::wstring path = standin::wideFromUtf8(answer->string());
   if (path.size() >= PRO_PATH_SIZE) return PRO_TK_LINE_TOO_LONG;
@@ -64,9 +63,7 @@ ProError ProSelect(char option[], int max_count, ProSelection* /*p_in_sel*/, Pro
   if (session.current == nullptr) return PRO_TK_BAD_CONTEXT;
   ++session.selectionsAsked;
   operation.impl().forgetPicks();
-  if (session.selectionAnswers.empty()) return PRO_TK_USER_ABORT;
-  const standin::SelectionAnswer answer = session.selectionAnswers.front();
-  session.selectionAnswers.pop_front();
+  const standin::SelectionAnswer answer = standin::nextAnswer(session.selectionAnswers, session.onSelection);
   if (!answer) return PRO_TK_USER_ABORT;
 
   const std::size_t count =
@@ -107,7 +104,7 @@ ProError ProFileOpen(wchar_t* dialog_label, wchar_t* filter_string, ProPath* /*s
   Session& session = operation.session();
   return chooseFile(
       {textOrNone(dialog_label), textOrNone(filter_string), textOrNone(default_path), textOrNone(pre_sel_file_name)},
-      session.openRequests, session.openAnswers, r_selected_file);
+      session.openRequests, session.openAnswers, session.onFileOpen, r_selected_file);
 }
 
 ProError ProFileSave(wchar_t* dialog_label, wchar_t* filter_string, ProPath* /*shortcut_path_arr*/,
@@ -118,6 +115,6 @@ ProError ProFileSave(wchar_t* dialog_label, wchar_t* filter_string, ProPath* /*s
   Session& session = operation.session();
   return chooseFile(
       {textOrNone(dialog_label), textOrNone(filter_string), textOrNone(default_path), textOrNone(pre_sel_file_name)},
-      session.fileRequests, session.fileAnswers, r_selected_file);
+      session.fileRequests, session.fileAnswers, session.onFileSave, r_selected_file);
 }
 }

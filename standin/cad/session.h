@@ -96,7 +96,7 @@ class Session {
   std::string language;
   bool guardArrays = true;  // arrays end at a page that may not be read; off for measurements
 
-  // The user's answers. When a dialog is opened without one, it counts as cancelled.
+  // The user's answers. A question without one goes to its function below; when there is none it counts as cancelled.
   std::deque<FileAnswer> fileAnswers;  // where to save
   std::deque<FileAnswer> openAnswers;  // what to open
   std::deque<SelectionAnswer> selectionAnswers;
@@ -105,6 +105,11 @@ class Session {
   // Called while a dialog is active, and must end it by userPress() or ProUIDialogExit; when it is empty, the dialog's
   // default button is pressed. A dialog that is left open by this counts as misuse and is ended.
   std::function<void(Dialog&)> onDialog;
+  // Asked when the queue of the answers has none left, for a user who is there. What they throw must not get out.
+  std::function<FileAnswer(const FileRequest&)> onFileSave;
+  std::function<FileAnswer(const FileRequest&)> onFileOpen;
+  std::function<SelectionAnswer()> onSelection;
+  std::function<std::optional<std::wstring>(const Model&)> onRepresentation;
   // userPress() as a yes or no.
   bool press(Dialog& dialog, const std::string& component);
 

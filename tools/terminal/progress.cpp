@@ -14,10 +14,12 @@ constexpr const char* kClearLine = "\r\033[K";
 
 }  // namespace
 
-Progress::Progress(std::FILE* stream) : stream_(stream && isatty(fileno(stream)) ? stream : nullptr) { begin(); }
+Progress::Progress(std::FILE* stream) : stream_(stream && isatty(fileno(stream)) ? stream : nullptr) { restart(); }
 
-void Progress::begin() {
-  end();
+void Progress::begin() { restart(); }
+
+void Progress::restart() {
+  hide();
   next_ = Clock::now() + kPatience;
 }
 
@@ -30,7 +32,9 @@ void Progress::show(const std::string& text) {
   clearLineOnSignal(fileno(stream_));
 }
 
-void Progress::end() {
+void Progress::end() { hide(); }
+
+void Progress::hide() {
   if (!shown_) return;
   fmt::print(stream_, "{}", kClearLine);
   std::fflush(stream_);
