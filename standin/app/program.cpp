@@ -19,15 +19,12 @@
 namespace standin {
 namespace {
 
-constexpr unsigned kUsualCodePage = 1252;
-
 // The working directory changes while the program runs, so paths are taken as what they mean now.
 void prepare(CommonOptions& common) {
   common.plugin = std::filesystem::absolute(common.plugin);
   common.messages = std::filesystem::absolute(common.messages);
-  const unsigned codePage = common.codePage.value_or(kUsualCodePage);
-  if (!setSystemCodePage(codePage)) {
-    throw Failure(ExitCode::kUsage, fmt::format("code page {} is not known", codePage));
+  if (common.codePage && !setSystemCodePage(*common.codePage)) {
+    throw Failure(ExitCode::kUsage, fmt::format("code page {} is not known", *common.codePage));
   }
   terminal::installSignalCleanup();
 }

@@ -12,7 +12,7 @@ namespace standin {
 struct CommonOptions {
   std::filesystem::path plugin;
   std::filesystem::path messages;
-  std::optional<unsigned> codePage;  // none: 1252, or what an opened snapshot says
+  std::optional<unsigned> codePage;  // none: the system's, or what an opened snapshot says
   std::string language;              // a folder of translated messages; empty: English
 };
 
