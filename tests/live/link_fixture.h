@@ -1,5 +1,4 @@
-// A machine on which the renderer is installed, the plug-in in a session, and a small model: BOLT.prt three times, the
-// last time in a sub-assembly, and CASE.prt, whose surface is a fine grid.
+// A machine on which the renderer is installed, the plug-in in a session, and a small model.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -16,6 +15,7 @@
 #include "standin/app/captured_output.h"
 #include "standin/windows/clock.h"
 #include "standin/windows/handles.h"
+#include "tests/live/link_model.h"
 #include "tests/live/machine.h"
 #include "tests/live/session_plugin.h"
 #include "tests/support/temporary_folder.h"
@@ -131,43 +131,6 @@ class LinkTest : public ::testing::Test {
   int renderer_ = 0;             // the port of the one that expectCommandsWork() started
   std::map<int, pid_t> before_;  // renderers, before the last command
   standin::SleepReplaced sleepReplaced_{[this](unsigned milliseconds) { sleep(milliseconds); }};
-
- private:
-  // A square of so many vertices that its script is sent in several blocks.
-  static standin::Model& addGridPart(standin::Session& session, const std::wstring& name) {
-    constexpr int kSteps = 120;
-    standin::SurfaceMesh mesh;
-    for (int v = 0; v <= kSteps; ++v) {
-      for (int u = 0; u <= kSteps; ++u) {
-        const double x = u;
-        const double y = v;
-        mesh.vertices.push_back({x, y, 0});
-        mesh.normals.push_back({0, 0, 1});
-        mesh.params.push_back({x / kSteps, y / kSteps});
-        const int corner = v * (kSteps + 1) + u;
-        if (u < kSteps && v < kSteps) {
-          mesh.facets.push_back({corner, corner + 1, corner + kSteps + 2});
-          mesh.facets.push_back({corner, corner + kSteps + 2, corner + kSteps + 1});
-        }
-      }
-    }
-    standin::Model& part = session.addModel(PRO_MDL_PART, name);
-    part.outline = standin::Box{standin::Point{0, 0, 0}, standin::Point{kSteps, kSteps, 1}};
-    standin::test::addMeshedSurface(part, std::move(mesh), part.addFeature(917).id);
-    return part;
-  }
-
-  static standin::Model& addTop(standin::Session& session, standin::Model& bolt, standin::Model& casing) {
-    using standin::test::translation;
-    standin::Model& cover = standin::test::addAssembly(session, L"COVER", {{&bolt, translation(0, 0, 5)}});
-    standin::Model& top = standin::test::addAssembly(session, L"TOP",
-                                                     {{&bolt, translation(10, 0, 0)},
-                                                      {&bolt, translation(30, 0, 0)},
-                                                      {&casing, standin::kIdentity},
-                                                      {&cover, translation(0, 20, 0)}});
-    standin::test::openModel(session, top);
-    return top;
-  }
 };
 
 }  // namespace rendara::testing

@@ -4,21 +4,18 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <random>
 #include <string>
-
-#include <cstdlib>
 
 namespace rendara::testing {
 
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "rendara-test-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("cannot make a temporary folder");
-    }
-    path_ = pattern;
+    std::random_device random;
+    do {
+      path_ = std::filesystem::temp_directory_path() / ("rendara-test-" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(path_));
   }
   ~TemporaryFolder() {
     std::error_code ignored;
