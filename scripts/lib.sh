@@ -4,8 +4,9 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages="cmake ninja-build g++ pkg-config libocct-foundation-dev libocct-modeling-data-dev
 libocct-modeling-algorithms-dev libocct-data-exchange-dev libocct-ocaf-dev libtinyxml-dev libcli11-dev libfmt-dev
-nlohmann-json3-dev libpng-dev libtiff-dev libstb-dev libtinygltf-dev libembree-dev"
-test_packages="git libgtest-dev clang clang-format clang-tidy libclang-rt-14-dev binutils locales"
+nlohmann-json3-dev libpng-dev libtiff-dev libstb-dev libtinygltf-dev libembree-dev
+qt6-base-dev fonts-dejavu-core"
+test_packages="git libgtest-dev clang clang-format clang-tidy libclang-rt-14-dev binutils locales xvfb xauth"
 bench_packages="libbenchmark-dev jq"
 
 # Installs those of the packages that are missing; needs root or sudo only then.

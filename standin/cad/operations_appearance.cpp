@@ -1,6 +1,4 @@
 // Appearances of surfaces, components and models, and their textures.
-#include <system_error>
-
 #include "standin/cad/operation.h"
 #include "standin/windows/code_page.h"
 
@@ -28,8 +26,6 @@ const Appearance* appearanceOf(Model& owner, const ProModelitem& item) {
       return nullptr;
   }
 }
-
-std::filesystem::path pathFromWide(const std::wstring& text) { return standin::utf8FromWide(text); }
 
 }  // namespace
 
@@ -68,30 +64,15 @@ ProError ProSurfaceTexturepropsGet(ProModelitem* p_item, ProSurfaceTextureProps*
   return PRO_TK_NO_ERROR;
 }
 
-// A name that is a full path stands for itself; others are looked up in the texture folders, in their order.
 ProError ProTexturePathGet(ProPath texture_name, ProTextureType /*type*/, ProPath texture_path) {
   Operation operation("ProTexturePathGet");
   if (!operation) return PRO_TK_BAD_CONTEXT;
   if (texture_name == nullptr || texture_path == nullptr || *texture_name == L'\0') return PRO_TK_BAD_INPUTS;
-  const std::filesystem::path name = pathFromWide(texture_name);
-  std::vector<std::filesystem::path> candidates;
-  if (name.is_absolute()) {
-    candidates.push_back(name);
-  } else {
-    for (const std::filesystem::path& folder : operation.session().textureFolders) {
-      candidates.push_back(folder / name);
-    }
-  }
-  for (const std::filesystem::path& candidate : candidates) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(candidate, error)) {
-      continue;
-    }
-    const std::wstring found = standin::wideFromUtf8(candidate.string());
-    if (found.size() >= PRO_PATH_SIZE) return PRO_TK_LINE_TOO_LONG;
-    standin::copyText(found, texture_path, PRO_PATH_SIZE);
-    return PRO_TK_NO_ERROR;
-  }
-  return PRO_TK_E_NOT_FOUND;
+  const auto file = operation.session().findTexture(texture_name);
+  if (!file) return PRO_TK_E_NOT_FOUND;
+  const std::wstring found = standin::wideFromUtf8(file->string());
+  if (found.size() >= PRO_PATH_SIZE) return PRO_TK_LINE_TOO_LONG;
+  standin::copyText(found, texture_path, PRO_PATH_SIZE);
+  return PRO_TK_NO_ERROR;
 }
 }

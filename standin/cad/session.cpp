@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <system_error>
 
 #include "standin/cad/guarded_memory.h"
 #include "standin/cad/operation.h"
+#include "standin/windows/code_page.h"
 
 namespace standin {
 namespace {
@@ -148,6 +150,21 @@ std::optional<std::wstring> Session::message(const std::wstring& file, const std
     MessageFile& messages = impl_->messageFiles[path];
     const std::wstring* text = messages.refresh(path) ? messages.text(key) : nullptr;
     if (text != nullptr) return *text;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::filesystem::path> Session::findTexture(const std::wstring& name) const {
+  const std::filesystem::path wanted = utf8FromWide(name);
+  std::vector<std::filesystem::path> candidates;
+  if (wanted.is_absolute()) {
+    candidates.push_back(wanted);
+  } else {
+    for (const std::filesystem::path& folder : textureFolders) candidates.push_back(folder / wanted);
+  }
+  for (std::filesystem::path& candidate : candidates) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(candidate, error)) return std::move(candidate);
   }
   return std::nullopt;
 }

@@ -91,6 +91,9 @@ class Session {
   ProMode mode = PRO_MODE_UNUSED;
   std::map<std::wstring, std::wstring> configOptions;
   std::vector<std::filesystem::path> textureFolders;
+  // Told to the plug-in, with a backslash behind it, in place of the folder that a texture was found in; empty: the
+  // folder itself. So a package can be the same wherever textures are.
+  std::wstring textureFolderName;
   std::filesystem::path messageFolder;  // where message files are looked up by their names
   // The user's language: the folder of that name in the message folder comes first. Empty: English.
   std::string language;
@@ -125,6 +128,10 @@ class Session {
   std::optional<int> runCommand(const std::string& name);
   // The text of a message key; nothing when the file or the key is missing.
   std::optional<std::wstring> message(const std::wstring& file, const std::string& key);
+
+  // The file of a texture: a name that is a full path stands for itself, others are looked up in the texture folders,
+  // in their order. Nothing when there is none.
+  std::optional<std::filesystem::path> findTexture(const std::wstring& name) const;
 
   // Everything that was done wrong so far, a line for each kind, beginning with the operation's name.
   const std::vector<std::string>& misuse() const;

@@ -22,7 +22,7 @@ namespace {
 
 constexpr int kWidth = 1120;
 constexpr int kHeight = 720;
-constexpr int kTreeWidth = 300;
+constexpr int kTreeWidth = 320;
 constexpr int kYAxis = 1;  // points up in the standard views
 
 // What the user reads of a command: its label without the line break of its button.
@@ -41,10 +41,7 @@ QString capitalised(std::string_view name) {
 // While it lives the user can do nothing but answer.
 class MainWindow::Busy {
  public:
-  explicit Busy(MainWindow& window) : window_(window) {
-    window_.busy_ = true;
-    window_.refreshActions();
-  }
+  explicit Busy(MainWindow& window) : window_(window) { window_.busy_ = true; }
   ~Busy() {
     window_.busy_ = false;
     window_.refreshActions();
@@ -60,6 +57,7 @@ MainWindow::MainWindow(Workbench& bench, WindowProgress& progress)
     : bench_(bench),
       session_(bench.session()),
       progress_(progress),
+      pictures_(session_),
       ribbon_(new Ribbon(session_, this)),
       tree_(new ModelTree),
       picture_(new PictureView),
@@ -68,15 +66,14 @@ MainWindow::MainWindow(Workbench& bench, WindowProgress& progress)
       folder_(bench.resolve({})) {
   components_->setParent(this);
   addToolBar(ribbon_);
-  auto* right = new QWidget;
-  auto* column = new QVBoxLayout(right);
-  column->setContentsMargins(0, 0, 0, 0);
-  column->setSpacing(0);
-  column->addWidget(selection_);
-  column->addWidget(picture_, 1);
+  // Over the picture, which keeps its size.
+  auto* over = new QVBoxLayout(picture_);
+  over->setContentsMargins(0, 0, 0, 0);
+  over->addWidget(selection_);
+  over->addStretch();
   auto* splitter = new QSplitter;
   splitter->addWidget(tree_);
-  splitter->addWidget(right);
+  splitter->addWidget(picture_);
   splitter->setStretchFactor(1, 1);
   splitter->setSizes({kTreeWidth, kWidth - kTreeWidth});
   setCentralWidget(splitter);
@@ -115,6 +112,8 @@ void MainWindow::fillViewMenu(QMenu& menu) {
   for (const std::string_view name : rpk::kStandardViews) {
     menu.addAction(capitalised(name), this, [this, name] { picture_->setView(*rpk::standardView(name, kYAxis)); });
   }
+  menu.addSeparator();
+  menu.addAction("Refit", this, [this] { picture_->refit(); });
   const Model* const model = session_.current;
   if (model == nullptr || model->views.empty()) return;
   menu.addSeparator();
@@ -155,9 +154,9 @@ void MainWindow::answerSession() {
 QWidget* MainWindow::dialogParent() { return dialogs_.empty() ? this : dialogs_.back(); }
 
 void MainWindow::refreshActions() {
-  for (QAction* menu : menuBar()->actions()) menu->setEnabled(!busy_);
+  for (QAction* menu : menuBar()->actions()) menu->setEnabled(!selecting_);
   ribbon_->refresh();
-  ribbon_->setEnabled(!busy_);
+  ribbon_->setEnabled(!selecting_);
   components_->refresh(!busy_);
 }
 
@@ -231,6 +230,7 @@ void MainWindow::showReport(const std::string& command, const CommandReport& rep
 }
 
 void MainWindow::showDialog(Dialog& dialog) {
+  statusBar()->clearMessage();
   DialogWindow window(dialog, dialogParent());
   dialogs_.push_back(&window);
   window.run();
@@ -241,7 +241,11 @@ SelectionAnswer MainWindow::askSelection() {
   // The dialogs would keep the user from the tree.
   for (QWidget* dialog : dialogs_) dialog->hide();
   tree_->clearSelection();
+  selecting_ = true;
+  refreshActions();
   const bool accepted = selection_->ask();
+  selecting_ = false;
+  refreshActions();
   for (QWidget* dialog : dialogs_) dialog->show();
   return accepted ? SelectionAnswer(tree_->selectedPaths()) : std::nullopt;
 }

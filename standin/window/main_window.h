@@ -64,7 +64,8 @@ class MainWindow : public QMainWindow {
   ComponentActions* components_;
   std::vector<QWidget*> dialogs_;  // those of the plug-in that are open, the innermost last
   std::filesystem::path folder_;   // where the last model was
-  bool busy_ = false;
+  bool busy_ = false;              // with a command or a file
+  bool selecting_ = false;         // the one state of a command in which the window itself can be used
 };
 
 }  // namespace standin

@@ -50,10 +50,11 @@ QIcon modelIcon(bool assembly) {
 
 void showState(QTreeWidgetItem& item, const Model& owner, const Feature& feature) {
   const std::vector<std::string> remarks = componentRemarks(owner, feature);
-  item.setText(kStateColumn, QString::fromStdString(fmt::format("{}", fmt::join(remarks, ", "))));
-  item.setToolTip(kStateColumn, item.text(kStateColumn));
+  const QString state = QString::fromStdString(fmt::format("{}", fmt::join(remarks, ", ")));
   const bool suppressed = feature.status != PRO_FEAT_ACTIVE;
   const bool shown = isShown(owner, feature);
+  item.setToolTip(kStateColumn, state);
+  if (!shown) item.setText(kStateColumn, state);
   QFont font = item.font(kNameColumn);
   font.setStrikeOut(suppressed);
   font.setItalic(!suppressed && !shown);

@@ -45,7 +45,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
 void PictureView::setPicture(SessionPicture picture, bool fit) {
   paths_ = std::move(picture.paths);
   model_ = painter_->setModel(std::move(picture.model));
-  fitted_ = fitted_ || fit;
+  fitted_ = fit || !camera_;
   wish();
 }
 

@@ -26,6 +26,8 @@ class PictureView : public QWidget {
   void setPicture(SessionPicture picture, bool fit);
   // With all of the model.
   void setView(const rpk::ViewDirection& direction);
+  // All of the model from where it is seen now.
+  void refit() { setView(direction_); }
   // The instances at and below these paths stand out.
   void setSelected(std::vector<Path> paths);
 

@@ -8,6 +8,8 @@
 #include <utility>
 
 #include "standin/app/component_change.h"
+#include "tools/rpk/image_file.h"
+#include "tools/rpk/mapped_file.h"
 
 namespace standin {
 namespace {
@@ -50,12 +52,21 @@ void append(const SurfaceMesh& source, rpk::TriangleMesh& mesh) {
   } else {
     mesh.normals.clear();
   }
+  if (source.params.size() == source.vertices.size() && mesh.uvs.size() == std::size_t{first} * 2) {
+    for (const std::array<double, 2>& param : source.params) {
+      for (const double value : param) mesh.uvs.push_back(static_cast<float>(value));
+    }
+  } else {
+    mesh.uvs.clear();
+  }
   for (const std::array<int, 3>& facet : source.facets) {
     for (const int corner : facet) mesh.indices.push_back(first + static_cast<std::uint32_t>(corner));
   }
 }
 
-bool sameLook(const Appearance& a, const Appearance& b) { return a.name == b.name && a.color == b.color; }
+bool sameLook(const Appearance& a, const Appearance& b) {
+  return a.name == b.name && a.color == b.color && a.texture == b.texture;
+}
 
 }  // namespace
 
@@ -91,9 +102,10 @@ class SessionPictureMaker::Collector {
   }
 
   std::size_t materialOf(const Appearance* appearance) {
-    const rpk::PictureMaterial material{appearance ? appearance->color : rpk::PictureMaterial{}.colour, nullptr, true};
-    const auto [entry, added] = materials_.try_emplace(material.colour, picture_.model.materials.size());
-    if (added) picture_.model.materials.push_back(material);
+    const rpk::Vector colour = appearance ? appearance->color : rpk::PictureMaterial{}.colour;
+    const std::wstring texture = appearance ? appearance->texture : std::wstring();
+    const auto [entry, added] = materials_.try_emplace({colour, texture}, picture_.model.materials.size());
+    if (added) picture_.model.materials.push_back({colour, maker_.texture(texture), true});
     return entry->second;
   }
 
@@ -101,7 +113,7 @@ class SessionPictureMaker::Collector {
   const Progress& progress_;
   SessionPicture picture_;
   std::map<const Model*, std::size_t> parts_;
-  std::map<rpk::Vector, std::size_t> materials_;
+  std::map<std::pair<rpk::Vector, std::wstring>, std::size_t> materials_;
   std::vector<int> path_;
 };
 
@@ -131,6 +143,16 @@ const SessionPictureMaker::PartMeshes& SessionPictureMaker::meshesOf(const Model
   // The meshes of the display are of no use to an export.
   part.mesher->forget();
   return kept;
+}
+
+std::shared_ptr<const rpk::Image> SessionPictureMaker::texture(const std::wstring& name) {
+  if (name.empty()) return nullptr;
+  const auto [entry, added] = textures_.try_emplace(name);
+  const auto file = added ? session_.findTexture(name) : std::nullopt;
+  const auto content = file ? rpk::MappedFile::open(*file) : std::nullopt;
+  auto image = content ? rpk::decodeImage(content->bytes()) : std::nullopt;
+  if (image) entry->second = std::make_shared<const rpk::Image>(std::move(*image));
+  return entry->second;
 }
 
 rpk::ViewDirection viewDirection(const Matrix& view) {

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
-#include "standin/cad/model.h"
+#include "standin/cad/session.h"
 #include "tools/rpk/picture/picture_camera.h"
 #include "tools/rpk/picture/picture_model.h"
 
@@ -25,8 +27,11 @@ rpk::ViewDirection viewDirection(const Matrix& view);
 // Keeps the triangles of parts, so that a picture after a change takes only the work of what has changed.
 class SessionPictureMaker {
  public:
-  // Called with the name of a part before it is tessellated.
+  // Called with a part before it is tessellated.
   using Progress = std::function<void(const Model& part)>;
+
+  // Textures come from the session's folders; those that cannot be read show the appearance's colour.
+  explicit SessionPictureMaker(const Session& session) : session_(session) {}
 
   // In the coordinates of `top`. Left out are components that are suppressed, hidden or on a blanked layer, hidden and
   // inactive surfaces, and surfaces that cannot be tessellated. A surface has its own colour, else that of the
@@ -43,8 +48,12 @@ class SessionPictureMaker {
   class Collector;
 
   const PartMeshes& meshesOf(const Model& part, const Progress& progress);
+  // Null for one that cannot be read.
+  std::shared_ptr<const rpk::Image> texture(const std::wstring& name);
 
+  const Session& session_;
   std::map<const Model*, PartMeshes> parts_;
+  std::map<std::wstring, std::shared_ptr<const rpk::Image>> textures_;
 };
 
 }  // namespace standin

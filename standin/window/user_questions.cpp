@@ -79,6 +79,8 @@ std::optional<std::wstring> askRepresentation(const Model& model, QWidget* paren
   dialog.setLabelText("Send the model in this representation:");
   dialog.setOption(QInputDialog::UseListViewForComboBoxItems);
   dialog.setComboBoxItems(names);
+  dialog.setTextValue(names.front());
+  dialog.resize(dialog.minimumSizeHint());
   if (dialog.exec() != QDialog::Accepted) return std::nullopt;
   const qsizetype at = names.indexOf(dialog.textValue());
   return at < 0 ? std::wstring() : answers[static_cast<std::size_t>(at)];

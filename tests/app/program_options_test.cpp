@@ -75,6 +75,13 @@ TEST(ProgramOptionsTest, ReadsScripts) {
   EXPECT_EQ(std::get<ScriptOptions>(parse({}).command).script, std::nullopt);
 }
 
+TEST(ProgramOptionsTest, ReadsTheWindow) {
+  EXPECT_EQ(std::get<WindowOptions>(parse({"--window", "pump.step"}).command).model, "pump.step");
+  EXPECT_EQ(std::get<WindowOptions>(parse({"--window"}).command).model, std::nullopt);
+  EXPECT_EQ(std::get<WindowOptions>(parse({"--window", "--code-page", "932"}).command).model, std::nullopt);
+  EXPECT_EQ(failureOf({"--window", "pump.step", "export", "a", "b"}), "--window goes without a command");
+}
+
 TEST(ProgramOptionsTest, SaysWhatMayHaveBeenMeant) {
   EXPECT_EQ(failureOf({"exprot", "a", "b"}), "unknown command \"exprot\"; did you mean export?");
   EXPECT_EQ(failureOf({"export", "a", "b", "--no-nurb"}), "unknown option --no-nurb; did you mean --no-nurbs?");

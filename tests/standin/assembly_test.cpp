@@ -182,7 +182,10 @@ TEST(Representations, AreChosenByTheUserAndRead) {
   EXPECT_EQ(ProSimprepSelect(solid(top), &chosen), PRO_TK_USER_ABORT);
   EXPECT_EQ(ProSimprepSelect(solid(top), &chosen), PRO_TK_E_NOT_FOUND);
   EXPECT_EQ(ProSimprepSelect(solid(top), &chosen), PRO_TK_USER_ABORT) << "no answer is left";
-  EXPECT_EQ(session.representationsAsked, 5);
+  session.onRepresentation = [](const Model& model) { return std::optional(model.representations[0].name); };
+  EXPECT_EQ(ProSimprepSelect(solid(top), &chosen), PRO_TK_NO_ERROR);
+  EXPECT_EQ(chosen.id, listed.id);
+  EXPECT_EQ(session.representationsAsked, 6);
 }
 
 }  // namespace

@@ -97,9 +97,10 @@ TEST(Files, AreAnsweredFromTheQueueOfTheirKind) {
     decltype(&ProFileSave) ask;
     std::deque<FileAnswer>& answers;
     std::vector<FileRequest>& requests;
+    std::function<FileAnswer(const FileRequest&)>& ofUser;
   };
-  for (const Kind& kind : {Kind{ProFileSave, session.fileAnswers, session.fileRequests},
-                           Kind{ProFileOpen, session.openAnswers, session.openRequests}}) {
+  for (const Kind& kind : {Kind{ProFileSave, session.fileAnswers, session.fileRequests, session.onFileSave},
+                           Kind{ProFileOpen, session.openAnswers, session.openRequests, session.onFileOpen}}) {
     kind.answers = {"/tmp/gr\xC3\xBCn.rpk", std::nullopt, std::string(260, 'x'), std::string(259, 'y')};
     ProPath path = L"before";
     ASSERT_EQ(kind.ask(text(L"Title"), text(L"*.rpk"), nullptr, nullptr, text(L"C:\\a"), text(L"b.rpk"), path),
@@ -117,6 +118,12 @@ TEST(Files, AreAnsweredFromTheQueueOfTheirKind) {
     EXPECT_EQ(std::wstring(path).size(), 259U);
     EXPECT_EQ(askAgain(), PRO_TK_USER_ABORT);
     EXPECT_EQ(kind.requests.size(), 5U);
+    kind.ofUser = [](const FileRequest& request) { return FileAnswer(request.title); };
+    kind.answers = {"/tmp/ahead"};
+    EXPECT_EQ(askAgain(), PRO_TK_NO_ERROR);
+    EXPECT_STREQ(path, L"/tmp/ahead") << "an answer in the queue comes before the user";
+    ASSERT_EQ(kind.ask(text(L"/tmp/asked"), nullptr, nullptr, nullptr, nullptr, nullptr, path), PRO_TK_NO_ERROR);
+    EXPECT_STREQ(path, L"/tmp/asked");
   }
 }
 
@@ -151,6 +158,9 @@ TEST(Selections, HoldUntilTheNextOne) {
   ASSERT_EQ(select(&picks, &count, 2), PRO_TK_NO_ERROR);
   EXPECT_EQ(count, 2);
   EXPECT_EQ(select(&picks, &count), PRO_TK_USER_ABORT);
+  session.onSelection = [] { return SelectionAnswer(Paths{{7}}); };
+  ASSERT_EQ(select(&picks, &count), PRO_TK_NO_ERROR);
+  EXPECT_EQ(count, 1);
   EXPECT_EQ(select(&picks, &count, -1, "prt_or_asm,nonsense"), PRO_TK_BAD_INPUTS);
   session.finish();
   EXPECT_EQ(session.misuse(), Lines{"ProSelectionAsmcomppathGet: the pick is none of the last selection"})

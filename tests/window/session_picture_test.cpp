@@ -33,7 +33,7 @@ class SessionPictureTest : public ::testing::Test {
   Feature& first_ = top_.features[0];
   Feature& second_ = top_.features[1];
   Feature& third_ = top_.features[2];
-  SessionPictureMaker maker_;
+  SessionPictureMaker maker_{session_};
 };
 
 TEST_F(SessionPictureTest, HoldsEachPartOnceAndEveryPlace) {
@@ -72,6 +72,20 @@ TEST_F(SessionPictureTest, TakesTheNearestColour) {
   EXPECT_EQ(colourOf(picture, 0), (rpk::Vector{1, 0, 0}));
   EXPECT_EQ(colourOf(picture, 1), (rpk::Vector{0, 1, 0}));
   EXPECT_EQ(colourOf(picture, 1, 1), (rpk::Vector{0, 0, 1})) << "a surface's own colour comes first";
+}
+
+TEST_F(SessionPictureTest, LaysTexturesOnThatItCanRead) {
+  session_.textureFolders = {RENDARA_SOURCE_DIR "/samples"};
+  Appearance appearance = painted({1, 0, 0});
+  for (const wchar_t* name : {L"nameplate.png", L"gone.png"}) {
+    appearance.texture = name;
+    paintModel(session_, box_, appearance);
+    const SessionPicture picture = make();
+    const rpk::PictureMaterial& material = picture.model.materials.at(picture.model.instances[0].materials.at(0));
+    EXPECT_EQ(material.texture != nullptr, appearance.texture == L"nameplate.png");
+    EXPECT_EQ(material.colour, (rpk::Vector{1, 0, 0}));
+    EXPECT_EQ(picture.model.parts[0].meshes[0].uvs.size(), 48U) << "two for each of 24 vertices";
+  }
 }
 
 TEST_F(SessionPictureTest, TessellatesOnlyWhatHasChanged) {

@@ -33,6 +33,7 @@ const fs::path kSample = RENDARA_SOURCE_DIR "/samples/twin_compressor.step";
 const fs::path kPlugin = RENDARA_LIB_DIR "/librendara_creo.so";
 
 void shoot(const std::string& name) {
+  QTest::qWait(100);
   fs::create_directories(RENDARA_SCREENSHOTS);
   QApplication::primaryScreen()->grabWindow(0).save(QString::fromStdString(RENDARA_SCREENSHOTS "/" + name + ".png"));
 }
@@ -45,7 +46,6 @@ class Walk : public ::testing::Test {
     application();
     machine_.enter();
     session_.messageFolder = RENDARA_SOURCE_DIR "/resources/text";
-    if (const char* language = std::getenv("RENDARA_WALK_LANGUAGE")) session_.language = language;
     plugin_.load();
     window_ = std::make_unique<MainWindow>(bench_, progress_);
     window_->show();
@@ -182,18 +182,27 @@ TEST_F(Walk, AMovedComponentIsUpdatedByAPick) {
   waitFor("the picture", [&] { return window_->picture().complete(); });
   shoot("moved");
   press("Manual selection");
-  whenOpen("selectionBar", [&](QWidget& bar) {
+  const auto pickGauge = [&](QWidget& bar) {
     EXPECT_FALSE(window_->menuBar()->actions().front()->isEnabled()) << "nothing else can be done meanwhile";
     clickNode("pressure_gauge.prt");
     shoot("pick");
     click(part(bar, "selectionOk"));
-  });
+  };
+  whenOpen("selectionBar", pickGauge);
   whenOpen("representation", accept);
   press("Rendara Update");
   shoot("updated");
   EXPECT_EQ(session_.selectionsAsked, 1);
   EXPECT_EQ(Machine::status(port).at("scripts_taken"), 2);
   EXPECT_NEAR(gaugePlacement().at(14), before.at(14) + 60, 1e-3);
+
+  // From inside the settings dialog, which makes way for the selection.
+  whenOpen("Rendara_Settings", [](QWidget& dialog) { click(part(dialog, "Rendara_Update")); });
+  whenOpen("selectionBar", pickGauge);
+  whenOpen("representation", accept);
+  press("Rendara Settings");
+  EXPECT_EQ(session_.selectionsAsked, 2);
+  EXPECT_EQ(Machine::status(port).at("scripts_taken"), 3);
 }
 
 TEST_F(Walk, TheTreeAndThePictureChangeTogether) {
