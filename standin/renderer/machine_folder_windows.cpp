@@ -1,5 +1,4 @@
 // There the folder holds the list of the renderers only; the registry is the system's.
-#include <array>
 #include <cstdlib>
 #include <stdexcept>
 
