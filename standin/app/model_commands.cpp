@@ -104,8 +104,7 @@ class OpenedModel {
  public:
   OpenedModel(const CommonOptions& common, const ModelOptions& options, const ScratchDirectory& scratch)
       : plugin_(common.plugin), progress_(stderr), bench_(session_, plugin_, progress_, scratch.origin()) {
-    session_.messageFolder = common.messages;
-    session_.language = common.language;
+    applyOptions(common, session_);
     if (common.codePage) bench_.keepCodePage();
     const auto begin = std::chrono::steady_clock::now();
     bench_.open(options.model, options.overlay);

@@ -7,8 +7,11 @@
 #include <charconv>
 #include <vector>
 
+#include "standin/app/application_file.h"
 #include "standin/app/failure.h"
 #include "standin/app/installation.h"
+#include "standin/cad/session.h"
+#include "standin/windows/code_page.h"
 #include "tools/terminal/suggestion.h"
 
 namespace standin {
@@ -99,6 +102,12 @@ unsigned parseCodePage(const std::string& text) {
 
 }  // namespace
 
+void applyOptions(const CommonOptions& options, Session& session) {
+  session.messageFolder = options.messages;
+  session.language = options.language;
+  session.textureFolderName = wideFromUtf8(options.textureFolder);
+}
+
 ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   ProgramOptions result;
   const std::filesystem::path folder = programFolder();
@@ -110,6 +119,7 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   app.set_version_flag("--version", std::string("creo-standin ") + RENDARA_VERSION);
   app.set_help_flag("-h,--help", "This text");
   app.fallthrough();
+  app.allow_windows_style_options(false);  // "/..." is a path
   app.require_subcommand(0, 1);
   app.allow_extras();
   app.add_option("--plugin", result.common.plugin, "Plug-in to load (default: the one beside the program)")
@@ -117,6 +127,11 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
   app.add_option("--messages", result.common.messages, "Folder of the message file")->option_text("FOLDER");
   app.add_option("--language", result.common.language, "Language of the plug-in's texts: german, french or japanese")
       ->option_text("NAME");
+  app.add_option("--texture-folder", result.common.textureFolder,
+                 "What the folder of every texture is called, wherever it is, so that packages do not depend on it")
+      ->option_text("TEXT");
+  std::filesystem::path application;
+  app.add_option("--application", application, "Plug-in and texts as a creotk.dat names them")->option_text("FILE");
   std::filesystem::path windowModel;
   app.add_option("--window", windowModel, "Opens the session in a window, with MODEL when one is given")
       ->option_text("[MODEL]")
@@ -160,8 +175,17 @@ ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
     throw Failure(ExitCode::kUsage, error.what());
   }
   rejectExtras(app);
+  if (!application.empty()) {
+    if (app.count("--plugin") > 0 || app.count("--messages") > 0) {
+      throw Failure(ExitCode::kUsage, "--application goes without --plugin and --messages");
+    }
+    const Application named = readApplicationFile(application);
+    result.common.plugin = named.library;
+    result.common.messages = named.messages;
+  }
   std::error_code ignored;
-  if (app.count("--messages") > 0 && !std::filesystem::exists(result.common.messages / kMessageFile, ignored)) {
+  if (app.count("--messages") + app.count("--application") > 0 &&
+      !std::filesystem::exists(result.common.messages / kMessageFile, ignored)) {
     throw Failure(ExitCode::kUsage, fmt::format("{}: holds no {}", result.common.messages.string(), kMessageFile));
   }
   if (!result.common.language.empty() &&

@@ -8,13 +8,18 @@
 
 namespace standin {
 
+class Session;
+
 // Options of every way to run the program.
 struct CommonOptions {
   std::filesystem::path plugin;
   std::filesystem::path messages;
   std::optional<unsigned> codePage;  // none: the system's, or what an opened snapshot says
   std::string language;              // a folder of translated messages; empty: English
+  std::string textureFolder;         // what texture folders are called towards the plug-in; empty: as they are
 };
+
+void applyOptions(const CommonOptions& options, Session& session);
 
 // What is opened, and what of it is sent how.
 struct ModelOptions {

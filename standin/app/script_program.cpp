@@ -45,8 +45,7 @@ ExitCode runScript(const CommonOptions& common, const ScriptOptions& options, st
   if (options.script) file = openScript(*options.script);
   ScratchDirectory scratch;
   Session session;
-  session.messageFolder = common.messages;
-  session.language = common.language;
+  applyOptions(common, session);
   PluginHost plugin(common.plugin);
   terminal::Progress progress(stderr);
   Workbench bench(session, plugin, progress, scratch.origin());

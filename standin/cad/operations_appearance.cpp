@@ -70,7 +70,9 @@ ProError ProTexturePathGet(ProPath texture_name, ProTextureType /*type*/, ProPat
   if (texture_name == nullptr || texture_path == nullptr || *texture_name == L'\0') return PRO_TK_BAD_INPUTS;
   const auto file = operation.session().findTexture(texture_name);
   if (!file) return PRO_TK_E_NOT_FOUND;
-  const std::wstring found = standin::wideFromUtf8(file->string());
+  const std::wstring& folder = operation.session().textureFolderName;
+  const std::wstring found = folder.empty() ? standin::wideFromUtf8(file->string())
+                                            : folder + L"\\" + standin::wideFromUtf8(file->filename().string());
   if (found.size() >= PRO_PATH_SIZE) return PRO_TK_LINE_TOO_LONG;
   standin::copyText(found, texture_path, PRO_PATH_SIZE);
   return PRO_TK_NO_ERROR;

@@ -224,7 +224,7 @@ TEST(FrameFile, NumbersAreFreeOfTheLocale) {
 class Maker {
  public:
   explicit Maker(unsigned seed) : random_(seed) {}
-  std::size_t below(std::size_t bound) { return random_() % bound; }
+  std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
 
   // Numbers of many shapes; those in the middle between two floats and next to it are the hard ones.
   std::string number() {

@@ -17,6 +17,8 @@ using testing::writeFile;
 
 class SettingsFile : public ::testing::Test {
  protected:
+  ~SettingsFile() override { standin::setSystemCodePage(1252); }
+
   PluginSettings loaded() const {
     PluginSettings settings = start;
     loadSettings(settings);
@@ -35,7 +37,9 @@ TEST_F(SettingsFile, WritesElementsInTheirOrder) {
   PluginSettings settings;
   settings.exportPath = L"C:\\out & more\\a  b.rpk";
   saveSettings(settings);
-  EXPECT_EQ(readFile(folder.path() / kSettingsFile),
+  std::string written = readFile(folder.path() / kSettingsFile);
+  std::erase(written, '\r');  // lines end as the system's texts do
+  EXPECT_EQ(written,
             "<?xml version=\"1.0\" ?>\n"
             "<rendara_plugin_settings>\n"
             "    <tessellationQuality>0.200000</tessellationQuality>\n"
@@ -85,13 +89,21 @@ TEST_F(SettingsFile, PathsMayEndInAnyCharacterOfTheCodePage) {
     EXPECT_EQ(loaded().exportPath, path);
     EXPECT_EQ(loaded().upAxis, 4);
   }
-  ASSERT_TRUE(standin::setSystemCodePage(932));
-  settings.exportPath = L"\u65e5\u672c\u8868";
-  saveSettings(settings);
-  EXPECT_EQ(loaded().exportPath, settings.exportPath);
-  standin::setSystemCodePage(1252);
   writeFile(folder.path() / kSettingsFile, "<?xml version=\"1.0\" ?><a><exportPath>caf\xe9");
   EXPECT_EQ(loaded().exportPath, start.exportPath) << "a file that was cut off after the first of several bytes";
+}
+
+TEST_F(SettingsFile, PathsInCodePage932) {
+  ASSERT_TRUE(standin::setSystemCodePage(932));
+  PluginSettings settings;
+  settings.exportPath = L"C:\\\u65e5\u672c\u8868";
+  settings.fraPath = L"\u8868\\\u00e9.fra";  // the second byte of its first character is a backslash
+  saveSettings(settings);
+  EXPECT_EQ(loaded().exportPath, settings.exportPath);
+  EXPECT_EQ(loaded().fraPath, L"\u8868\\e.fra") << "the best fit";
+  settings.exportPath = std::wstring(1022, L'x') + L"\u65e5";
+  saveSettings(settings);
+  EXPECT_EQ(loaded().exportPath, std::wstring(1022, L'x')) << "never cut inside a double-byte character";
 }
 
 TEST_F(SettingsFile, FilesThatCannotBeReadChangeNothing) {
@@ -147,11 +159,6 @@ TEST_F(SettingsFile, PathsTakeTheCodePageAndItsBestFit) {
   settings.exportPath = std::wstring(1030, L'x');
   saveSettings(settings);
   EXPECT_EQ(loaded().exportPath, std::wstring(1023, L'x')) << "cut to 1,023 bytes";
-  ASSERT_TRUE(standin::setSystemCodePage(932));
-  settings.exportPath = std::wstring(1022, L'x') + L"\u65e5";
-  saveSettings(settings);
-  EXPECT_EQ(loaded().exportPath, std::wstring(1022, L'x')) << "never cut inside a double-byte character";
-  standin::setSystemCodePage(1252);
 }
 
 TEST(PluginSettingsRecord, QualityFromADialogHasSinglePrecisionAndKeepsTheOneBefore) {

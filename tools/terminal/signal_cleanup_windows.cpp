@@ -46,7 +46,8 @@ void installSignalCleanup() {
   SetConsoleCtrlHandler(onInterruption, TRUE);
 }
 
-RemovedOnSignal::RemovedOnSignal(const std::filesystem::path& path, Kind kind) : path_(path.string()), slot_(entryCount) {
+RemovedOnSignal::RemovedOnSignal(const std::filesystem::path& path, Kind kind)
+    : path_(path.string()), slot_(entryCount) {
   if (slot_ == kMaxEntries) throw std::length_error("too many paths to remove on a signal");
   entries[slot_].kind = kind;
   entries[slot_].path = path;

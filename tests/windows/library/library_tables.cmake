@@ -1,5 +1,6 @@
 # The library exports its two entries and nothing else, imports from the system and the CAD system's module only, and
 # is marked for large addresses, a random base and no code in data.
+cmake_policy(VERSION 3.22)
 execute_process(COMMAND ${OBJDUMP} --private-headers ${LIBRARY} OUTPUT_VARIABLE headers COMMAND_ERROR_IS_FATAL ANY)
 
 string(REGEX MATCHALL "DLL Name: [^\n]+" modules "${headers}")
@@ -41,7 +42,6 @@ foreach(at RANGE ${last})
   string(HEX "${letter}" code)
   string(APPEND wide "${code}00")
 endforeach()
-string(HEX "F" f)
 string(FIND "${bytes}" "${wide}0000" found)
 if(found EQUAL -1)
   message(SEND_ERROR "holds no version resource of ${VERSION}")

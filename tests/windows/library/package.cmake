@@ -1,11 +1,12 @@
 # What users get: the archive is unpacked to a fresh folder, and the stand-in starts the plug-in from what the archive
 # tells the CAD system. No file of the build is used but the stand-in and the snapshot.
+cmake_policy(VERSION 3.22)
 file(REMOVE_RECURSE ${FOLDER})
 file(MAKE_DIRECTORY ${FOLDER})
 execute_process(COMMAND ${CPACK} --config ${BUILD}/CPackConfig.cmake -B ${FOLDER}/made OUTPUT_QUIET
   COMMAND_ERROR_IS_FATAL ANY)
 set(archive ${FOLDER}/made/${NAME}.zip)
-set(installed "${FOLDER}/Rendara f\u00fcr Creo")
+set(installed "${FOLDER}/Rendara for Creo")
 file(ARCHIVE_EXTRACT INPUT ${archive} DESTINATION "${installed}")
 
 file(GLOB_RECURSE files RELATIVE "${installed}" "${installed}/*")
@@ -22,12 +23,12 @@ if(NOT files STREQUAL expected)
 endif()
 
 # A part made by hand is enough; what is written is compared elsewhere.
-if(NOT EXISTS ${LINUX})
-  message("skipped: ${LINUX} is not there; the preset dev builds it")
+if(NOT EXISTS ${LINUX_STANDIN})
+  message("skipped: ${LINUX_STANDIN} is not there; the preset dev builds it")
   return()
 endif()
-execute_process(COMMAND ${LINUX} snapshot ${MODEL} ${FOLDER}/model.snap OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${EMULATOR} ${WINDOWS} --application "${installed}/creotk.dat" --language german run -
+execute_process(COMMAND ${LINUX_STANDIN} snapshot ${MODEL} ${FOLDER}/model.snap OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${EMULATOR} ${WINDOWS_STANDIN} --application "${installed}/creotk.dat" --language german run -
   INPUT_FILE ${SCRIPT} WORKING_DIRECTORY ${FOLDER} OUTPUT_VARIABLE told RESULT_VARIABLE failed)
 if(failed)
   message(FATAL_ERROR "the stand-in ended with ${failed}: ${told}")

@@ -1,4 +1,5 @@
 # A second build, in another folder, gives the same file.
+cmake_policy(VERSION 3.22)
 file(REMOVE_RECURSE ${FOLDER})
 execute_process(COMMAND ${CMAKE_COMMAND} -S ${SOURCE} -B ${FOLDER} -G Ninja
   -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE=${FLAGS}

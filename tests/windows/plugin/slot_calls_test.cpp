@@ -167,17 +167,16 @@ TEST(SlotCalls, EveryArgumentArrivesInEverySlotOfTheScene) {
   auto slots = slotsOf<S>(
       &S::destroy, &S::reserved1, &S::render, &S::connect, &S::endScene, &S::reserved5, &S::transform, &S::scale,
       &S::rotate, &S::translate, &S::motion, &S::beginGroup, &S::endGroup, &S::beginFrame, &S::endBlock,
-      &S::defineMatrix, &S::endMatrix, &S::identity17, &S::beginOptions, &S::endOptions, &S::beginCamera,
-      &S::endCamera, &S::modifyCamera, &S::beginImage, &S::endImage, &S::beginOutput, &S::endOutput, &S::beginObject,
-      &S::endObject, &S::setObjectFlag, &S::identity30, &S::modifyObject, &S::reserved32, &S::beginLight,
-      &S::modifyLight, &S::endLight, &S::globalPhotons, &S::causticPhotons, &S::volumePhotons, &S::defineGeometry,
-      &S::beginGeometry, &S::endGeometry, &S::reserved42, &S::beginAccel, &S::endAccel, &S::reserved45,
-      &S::reserved46, &S::instance, &S::beginAnimation, &S::endAnimation, &S::beginMaterial, &S::useMaterial,
-      &S::endMaterial, &S::shader, &S::modifyMaterial, &S::beginShader, &S::endShader, &S::reserved57,
-      &S::currentCapture, &S::pushCapture, &S::popCapture, &S::beginLoad, &S::endLoad, &S::attribute,
-      &S::writeFormatted, &S::setOutputMode, &S::reserved66, &S::progress, &S::icon, &S::blob, &S::id, &S::flags,
-      &S::parameter, &S::parameterText, &S::arrayValue, &S::arrayVersion75, &S::beginArray, &S::endArray,
-      &S::arrayVersion78);
+      &S::defineMatrix, &S::endMatrix, &S::identity17, &S::beginOptions, &S::endOptions, &S::beginCamera, &S::endCamera,
+      &S::modifyCamera, &S::beginImage, &S::endImage, &S::beginOutput, &S::endOutput, &S::beginObject, &S::endObject,
+      &S::setObjectFlag, &S::identity30, &S::modifyObject, &S::reserved32, &S::beginLight, &S::modifyLight,
+      &S::endLight, &S::globalPhotons, &S::causticPhotons, &S::volumePhotons, &S::defineGeometry, &S::beginGeometry,
+      &S::endGeometry, &S::reserved42, &S::beginAccel, &S::endAccel, &S::reserved45, &S::reserved46, &S::instance,
+      &S::beginAnimation, &S::endAnimation, &S::beginMaterial, &S::useMaterial, &S::endMaterial, &S::shader,
+      &S::modifyMaterial, &S::beginShader, &S::endShader, &S::reserved57, &S::currentCapture, &S::pushCapture,
+      &S::popCapture, &S::beginLoad, &S::endLoad, &S::attribute, &S::writeFormatted, &S::setOutputMode, &S::reserved66,
+      &S::progress, &S::icon, &S::blob, &S::id, &S::flags, &S::parameter, &S::parameterText, &S::arrayValue,
+      &S::arrayVersion75, &S::beginArray, &S::endArray, &S::arrayVersion78);
   const std::uintptr_t before = stackPointer();
   for (int round = 0; round < 100; ++round) slots.callAll();
   EXPECT_EQ(stackPointer(), before) << "both sides removed the arguments, or neither";
