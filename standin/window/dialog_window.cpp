@@ -69,6 +69,7 @@ int DialogWindow::widthOf(const std::vector<DialogRow>& rows, int column) const 
 void DialogWindow::addRows(QBoxLayout& box, const std::vector<DialogRow>& rows) {
   const std::vector<int> columns = columnsOf(rows);
   std::vector<std::size_t> widths;
+  widths.reserve(columns.size());
   for (const int column : columns) widths.push_back(static_cast<std::size_t>(widthOf(rows, column)));
   auto next = columns.begin();
   for (const std::size_t count : bandsOf(widths, kGap, kWidestBand)) {

@@ -181,9 +181,10 @@ void MainWindow::open(const std::filesystem::path& file) {
 
 void MainWindow::showModel(bool fit) {
   Model* const model = session_.current;
-  tree_->setModel(model);
+  tree_->showModel(model);
   const QString title = "Creo stand-in";
   setWindowTitle(model != nullptr ? QString::fromStdString(displayName(*model)) + " \u2013 " + title : title);
+  picture_->setHint(model != nullptr ? "The picture is being prepared." : "No model is open: File > Open.");
   if (model == nullptr) return;
   progress_.begin();
   picture_->setPicture(pictures_.make(*model,

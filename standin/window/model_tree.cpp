@@ -18,6 +18,7 @@ constexpr int kNameColumn = 0;
 constexpr int kStateColumn = 1;
 constexpr int kIdRole = Qt::UserRole;  // the component's feature id
 constexpr int kIconSide = 16;
+constexpr int kLeastStateWidth = 70;
 
 void drawCube(QPainter& painter, QPointF corner, double side, const QColor& colour) {
   const double depth = side * 0.4;
@@ -96,7 +97,7 @@ void ModelTree::addComponents(const Model& owner, QTreeWidgetItem& node, std::si
   }
 }
 
-void ModelTree::setModel(Model* top) {
+void ModelTree::showModel(Model* top) {
   const std::vector<Path> selected = top == top_ ? selectedPaths() : std::vector<Path>();
   std::vector<Path> expanded;
   for (QTreeWidgetItemIterator at(this); top == top_ && *at != nullptr; ++at) {
@@ -117,10 +118,15 @@ void ModelTree::setModel(Model* top) {
       for (const Path& path : selected) {
         if (QTreeWidgetItem* item = find(path)) item->setSelected(true);
       }
-      if (isNew) resizeColumnToContents(kNameColumn);
+      if (isNew) fitNameColumn();
     }
   }
   if (onSelectionChanged) onSelectionChanged();
+}
+
+void ModelTree::fitNameColumn() {
+  resizeColumnToContents(kNameColumn);
+  setColumnWidth(kNameColumn, std::min(columnWidth(kNameColumn), viewport()->width() - kLeastStateWidth));
 }
 
 ModelTree::Path ModelTree::pathOf(const QTreeWidgetItem* item) const {

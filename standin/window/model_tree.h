@@ -19,7 +19,7 @@ class ModelTree : public QTreeWidget {
   explicit ModelTree(QWidget* parent = nullptr);
 
   // Null for no model. What was selected or open stays so where it is still there.
-  void setModel(Model* top);
+  void showModel(Model* top);
   Model* model() const { return top_; }
 
   // The paths of the selected nodes; an empty path is the model itself.
@@ -34,6 +34,8 @@ class ModelTree : public QTreeWidget {
 
  private:
   void addComponents(const Model& owner, QTreeWidgetItem& node, std::size_t depth);
+  // As wide as the names, but for what the state needs.
+  void fitNameColumn();
   Path pathOf(const QTreeWidgetItem* item) const;
   const QIcon& iconOf(const Model* model) const;
 

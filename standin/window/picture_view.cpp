@@ -14,7 +14,8 @@ namespace {
 constexpr double kRadiansPerPixel = 0.008;
 constexpr double kWheelFactor = 1.0 / 960;  // powers of two for each unit of a wheel's turn
 constexpr int kSettleMilliseconds = 180;
-constexpr QRgb kHighlight = qRgba(0, 178, 60, 120);
+constexpr QRgb kHighlight = qRgba(255, 128, 0, 64);
+constexpr QRgb kOutline = qRgba(255, 100, 0, 255);  // tells a selected part of the same colour
 
 rpk::Vector combined(const rpk::Vector& a, double factorA, const rpk::Vector& b, double factorB) {
   return {a[0] * factorA + b[0] * factorB, a[1] * factorA + b[1] * factorB, a[2] * factorA + b[2] * factorB};
@@ -99,13 +100,21 @@ void PictureView::drawHighlight() {
   std::vector<bool> chosen;
   chosen.reserve(paths_.size());
   for (const Path& path : paths_) chosen.push_back(isSelected(path));
+  // Beyond the edges, where numbers wrap around, nothing is.
+  const auto isChosen = [&](std::uint32_t column, std::uint32_t row) {
+    if (column >= map.width || row >= map.height) return false;
+    const std::int32_t instance = map.instances[std::size_t{row} * map.width + column];
+    return instance >= 0 && chosen[static_cast<std::size_t>(instance)];
+  };
   highlight_ = QImage(static_cast<int>(map.width), static_cast<int>(map.height), QImage::Format_ARGB32);
   highlight_.fill(Qt::transparent);
   for (std::uint32_t row = 0; row < map.height; ++row) {
     auto* line = reinterpret_cast<QRgb*>(highlight_.scanLine(static_cast<int>(row)));
     for (std::uint32_t column = 0; column < map.width; ++column) {
-      const std::int32_t instance = map.instances[std::size_t{row} * map.width + column];
-      if (instance >= 0 && chosen[static_cast<std::size_t>(instance)]) line[column] = kHighlight;
+      if (!isChosen(column, row)) continue;
+      const bool inside = isChosen(column - 1, row) && isChosen(column + 1, row) && isChosen(column, row - 1) &&
+                          isChosen(column, row + 1);
+      line[column] = inside ? kHighlight : kOutline;
     }
   }
 }
@@ -127,7 +136,7 @@ void PictureView::paintEvent(QPaintEvent* /*event*/) {
   if (model_ == 0 || image_.isNull()) {
     painter.fillRect(rect(), palette().window());
     painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
-    if (model_ == 0) painter.drawText(rect(), Qt::AlignCenter, "No model is open.\nFile > Open reads a STEP file.");
+    painter.drawText(rect(), Qt::AlignCenter, hint_);
     return;
   }
   painter.drawImage(rect(), image_);

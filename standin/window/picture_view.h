@@ -3,6 +3,7 @@
 
 #include <QImage>
 #include <QPoint>
+#include <QString>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -28,6 +29,11 @@ class PictureView : public QWidget {
   void setView(const rpk::ViewDirection& direction);
   // All of the model from where it is seen now.
   void refit() { setView(direction_); }
+  // Stands in the middle while there is no picture.
+  void setHint(const QString& text) {
+    hint_ = text;
+    update();
+  }
   // The instances at and below these paths stand out.
   void setSelected(std::vector<Path> paths);
 
@@ -65,6 +71,7 @@ class PictureView : public QWidget {
   std::optional<rpk::PictureCamera> camera_;  // none until the first picture is there
   bool fitted_ = true;                        // the camera shows the whole model
   bool complete_ = false;
+  QString hint_;
   std::shared_ptr<const PaintedPicture> painted_;
   QImage image_;
   QImage highlight_;
