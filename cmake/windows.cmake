@@ -8,11 +8,11 @@ set(RENDARA_CAD_HOST "xtop.exe" CACHE STRING "The module that provides the toolk
 add_library(creo_toolkit INTERFACE)
 if(CREO_TOOLKIT_ROOT)
   find_path(CREO_TOOLKIT_INCLUDE ProToolkit.h PATHS ${CREO_TOOLKIT_ROOT}/includes NO_DEFAULT_PATH REQUIRED)
-  find_library(CREO_TOOLKIT_LIBRARY NAMES protk_dllmd_NU protk_dllmd PATHS ${CREO_TOOLKIT_ROOT}/i486_nt/obj
+  find_library(CREO_TOOLKIT_LIBRARY NAMES protk_dll_NU protk_dll PATHS ${CREO_TOOLKIT_ROOT}/i486_nt/obj
     NO_DEFAULT_PATH REQUIRED)
   target_include_directories(creo_toolkit SYSTEM INTERFACE ${CREO_TOOLKIT_INCLUDE})
-  target_compile_definitions(creo_toolkit INTERFACE RENDARA_VENDOR_TOOLKIT PRO_MACHINE=29 PRO_OS=4)
-  target_link_libraries(creo_toolkit INTERFACE ${CREO_TOOLKIT_LIBRARY})
+  target_compile_definitions(creo_toolkit INTERFACE RENDARA_VENDOR_TOOLKIT PRO_MACHINE=29 PRO_OS=4 PRO_USE_VAR_ARGS)
+  target_link_libraries(creo_toolkit INTERFACE ${CREO_TOOLKIT_LIBRARY} mpr netapi32 psapi ws2_32 wsock32)
 elseif(MINGW)
   find_program(RENDARA_DLLTOOL i686-w64-mingw32-dlltool REQUIRED)
   set(host_definition ${CMAKE_SOURCE_DIR}/platform/creo_host.def)

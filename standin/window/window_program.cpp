@@ -34,8 +34,7 @@ void runWindow(const CommonOptions& common, const WindowOptions& options) {
   std::setlocale(LC_NUMERIC, "C");
   ScratchDirectory scratch;
   Session session;
-  session.messageFolder = common.messages;
-  session.language = common.language;
+  applyOptions(common, session);
   PluginHost plugin(common.plugin);
   WindowProgress progress;
   Workbench bench(session, plugin, progress, scratch.origin());

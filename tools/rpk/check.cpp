@@ -390,7 +390,7 @@ void Checker::checkFinite(std::span<const Word> words, const Place& place) {
     if (word.kind != Word::Kind::kNumber) continue;
     std::from_chars(word.text.data(), word.text.data() + word.text.size(), value);
     if (std::isfinite(value)) continue;
-    const auto before = static_cast<std::uint64_t>(word.source.data() - reporter_.bytes().data());
+    const auto before = static_cast<std::size_t>(word.source.data() - reporter_.bytes().data());
     reporter_.report(CheckKind::kNotFinite, {before, place.line}, fmt::format("the number {}", word.text));
     return;
   }
