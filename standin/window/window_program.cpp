@@ -38,6 +38,7 @@ void runWindow(const CommonOptions& common, const WindowOptions& options) {
   PluginHost plugin(common.plugin);
   WindowProgress progress;
   Workbench bench(session, plugin, progress, scratch.origin());
+  if (common.codePage) bench.keepCodePage();
   plugin.load();
   {
     MainWindow window(bench, progress);
