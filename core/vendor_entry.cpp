@@ -1,4 +1,5 @@
-// What the vendor's toolkit library calls in an application that it is linked with. Only in builds against that library.
+// What the vendor's toolkit library calls in an application that it is linked with. Only in builds against that
+// library.
 extern "C" {
 
 int user_initialize_plus();
