@@ -7,15 +7,17 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "standin/app/dialog_grid.h"
+#include "standin/app/display_width.h"
 #include "standin/windows/code_page.h"
 
 namespace standin {
 namespace {
 
-// In characters.
+// In columns.
 constexpr std::size_t kWidestBand = 96;
 constexpr std::size_t kGap = 3;           // between columns
 constexpr std::size_t kInputLength = 30;  // an input panel's least
@@ -26,7 +28,7 @@ using Block = std::vector<std::wstring>;
 
 std::size_t widthOf(const Block& block) {
   std::size_t width = 0;
-  for (const std::wstring& line : block) width = std::max(width, line.size());
+  for (const std::wstring& line : block) width = std::max(width, displayWidth(line));
   return width;
 }
 
@@ -37,8 +39,7 @@ Block beside(const std::vector<Block>& blocks, const std::vector<std::size_t>& w
   for (std::size_t i = 0; i < blocks.size(); ++i) {
     if (result.size() < blocks[i].size()) result.resize(blocks[i].size());
     for (std::size_t line = 0; line < blocks[i].size(); ++line) {
-      result[line].resize(left, L' ');
-      result[line] += blocks[i][line];
+      result[line] = paddedTo(std::move(result[line]), left) + blocks[i][line];
     }
     left += widths[i] + kGap;
   }
@@ -108,11 +109,8 @@ Block widgetBlock(const Dialog& dialog, const Widget& widget) {
       return {L"---"};
     case WidgetKind::layout:
       return gridBlock(dialog, widget.name);
-    case WidgetKind::inputpanel: {
-      std::wstring text = widget.text;
-      text.resize(std::max(text.size(), kInputLength), L'_');
-      return {L"[" + text + L"]"};
-    }
+    case WidgetKind::inputpanel:
+      return {L"[" + paddedTo(widget.text, kInputLength, L'_') + L"]"};
   }
   return {};
 }
@@ -189,9 +187,7 @@ std::string framed(const std::string& title, const Block& block) {
   const std::size_t width = std::max(widthOf(block), title.size() + 2);
   std::string text = fmt::format("+- {} {:-<{}}+\n", title, "", width - title.size() - 1);
   for (const std::wstring& line : block) {
-    std::wstring padded = line;
-    padded.resize(width, L' ');
-    text += fmt::format("| {} |\n", utf8FromWide(padded));
+    text += fmt::format("| {} |\n", utf8FromWide(paddedTo(line, width)));
   }
   return text + fmt::format("+{:-<{}}+\n", "", width + 2);
 }
@@ -253,14 +249,14 @@ std::string table(const Dialog& dialog) {
     if (!fields) continue;
     lines.push_back(*fields);
     for (std::size_t i = 0; i < blanks.size(); ++i) {
-      blanks[i].resize(std::max(blanks[i].size(), wideFromUtf8((*fields)[i]).size()), ' ');
+      blanks[i].resize(std::max(blanks[i].size(), displayWidth(wideFromUtf8((*fields)[i]))), ' ');
     }
   }
   std::string text;
   for (const Fields& fields : lines) {
     std::string line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
-      if (!blanks[i].empty()) line += fmt::format("  {:<{}}", fields[i], blanks[i].size());
+      if (!blanks[i].empty()) line += "  " + utf8FromWide(paddedTo(wideFromUtf8(fields[i]), blanks[i].size()));
     }
     line.erase(line.find_last_not_of(' ') + 1);
     text += line + '\n';

@@ -57,6 +57,21 @@ TEST_F(DialogPicture, ShowsTheGridAndWhatEachComponentTakes) {
 )");
 }
 
+TEST_F(DialogPicture, AsianCharactersTakeTwoColumns) {
+  add(WidgetKind::label, "label", 0, 0, L"\u4e0a\u306e\u8ef8:");
+  add(WidgetKind::checkbutton, "check", 0, 1, L"abcd");
+  add(WidgetKind::pushbutton, "ok", 1, 0, L"\u9069\u7528");
+  add(WidgetKind::pushbutton, "no", 1, 1, L"no").help = L"x";
+  EXPECT_EQ(dialogPicture(dialog_), R"(+- Settings ----------+
+| 上の軸:    [ 適用 ] |
+| [ ] abcd   [ no ]   |
++---------------------+
+  check  checkbutton  off
+  ok     pushbutton   適用
+  no     pushbutton   no    x
+)");
+}
+
 TEST_F(DialogPicture, PutsColumnsThatDoNotFitBelow) {
   for (int column = 0; column < 3; ++column) {
     add(WidgetKind::label, "label", column, 0, std::wstring(40, L'a' + column));

@@ -1,5 +1,6 @@
 # The library for Windows and the one for Linux write the same packages of one session: MODEL is saved in a snapshot,
-# and both stand-ins export that, with and without exact surfaces.
+# and both stand-ins export that, with and without exact surfaces. CODE_PAGE is the session's, and must be that of
+# Windows.
 cmake_policy(VERSION 3.22)
 if(NOT EXISTS ${LINUX_STANDIN})
   message("skipped: ${LINUX_STANDIN} is not there; the preset dev builds it")
@@ -9,7 +10,8 @@ file(MAKE_DIRECTORY ${FOLDER})
 set(snapshot ${FOLDER}/${NAME}.snap)
 set(expected ${FOLDER}/${NAME}.linux.rpk)
 set(written ${FOLDER}/${NAME}.windows.rpk)
-execute_process(COMMAND ${LINUX_STANDIN} snapshot ${MODEL} ${snapshot} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${LINUX_STANDIN} snapshot ${MODEL} ${snapshot} --code-page ${CODE_PAGE}
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 foreach(options "" "--no-nurbs")
   set(arguments export ${snapshot} --texture-folder C:\\textures ${options})
   execute_process(COMMAND ${LINUX_STANDIN} ${arguments} ${expected} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
