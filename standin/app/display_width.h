@@ -11,14 +11,13 @@ namespace standin {
 // Characters of East Asian scripts and full-width forms take two, all others one.
 inline std::size_t displayWidth(const std::wstring& text) {
   struct Range {
-    unsigned first, last;
+    wchar_t first, last;
   };
   constexpr Range kWide[] = {{0x1100, 0x115F}, {0x2E80, 0x303E}, {0x3040, 0xA4CF}, {0xAC00, 0xD7A3},
                              {0xF900, 0xFAFF}, {0xFE30, 0xFE6F}, {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}};
   std::size_t width = text.size();
   for (const wchar_t letter : text) {
-    const auto code = static_cast<unsigned>(letter);
-    const auto holds = [code](const Range& range) { return code >= range.first && code <= range.last; };
+    const auto holds = [letter](const Range& range) { return letter >= range.first && letter <= range.last; };
     width += std::any_of(std::begin(kWide), std::end(kWide), holds) ? 1 : 0;
   }
   return width;
