@@ -13,6 +13,7 @@ namespace rendara {
 namespace {
 
 constexpr std::size_t kBlock = 64 << 10;
+constexpr std::size_t kBeyond = 10;  // a NUL, and what is read at once from it on
 constexpr std::ptrdiff_t kLongestToken = 255;
 constexpr std::ptrdiff_t kLongestNumber = 4096;
 
@@ -83,6 +84,38 @@ const char* scanDigits(const char* at, std::uint64_t& number) {
   return at;
 }
 
+// What "%f" prints of numbers below ten: one digit, a point, six digits, white space. Its end, or null for all others.
+// Reads nine characters.
+const char* scanSmall(const char* at, float& value) {
+  constexpr std::uint64_t kPoint = '.';
+  const std::uint64_t sign = *at == '-' ? 1 : 0;
+  at += sign;
+  std::uint64_t bytes = 0;
+  if constexpr (std::endian::native != std::endian::little) {
+    return nullptr;
+  }
+  std::memcpy(&bytes, at, sizeof bytes);
+  if (((bytes >> 8) & 0xFF) != kPoint || !isSpace(at[8])) {
+    return nullptr;
+  }
+  // The digits together, behind a zero.
+  std::uint64_t digits = (bytes & ~std::uint64_t{0xFFFF}) | ((bytes & 0xFF) << 8) | '0';
+  constexpr std::uint64_t kZeros = 0x3030303030303030;
+  digits ^= kZeros;
+  // Bytes above nine carry into their upper half when six is added.
+  if (((digits | (digits + 0x0606060606060606)) & 0xF0F0F0F0F0F0F0F0) != 0) {
+    return nullptr;
+  }
+  // Neighbours are put together in pairs, these in fours, these in one.
+  digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
+  digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
+  digits = (digits * 10000 + (digits >> 32)) & 0xFFFFFFFF;
+  // Both are exact in single precision, so the quotient is the nearest value.
+  const float number = static_cast<float>(static_cast<std::int32_t>(digits)) / 1e6F;
+  value = std::bit_cast<float>(std::bit_cast<std::uint32_t>(number) | static_cast<std::uint32_t>(sign << 31));
+  return at + 8;
+}
+
 // Numbers as they mostly are: few digits, white space behind them. Its end, or null for all others.
 const char* scanDecimal(const char* at, Decimal& decimal) {
   constexpr std::ptrdiff_t kMostDigits = 19;  // always fit
@@ -149,7 +182,8 @@ bool equalsAsCString(std::string_view token, std::string_view word) {
 
 }  // namespace
 
-FrameText::FrameText(std::FILE* file) : file_(file), block_(kBlock + 1), at_(block_.data()), end_(block_.data()) {}
+FrameText::FrameText(std::FILE* file)
+    : file_(file), block_(kBlock + kBeyond), at_(block_.data()), end_(block_.data()) {}
 
 void FrameText::fill() {
   const auto left = static_cast<std::size_t>(end_ - at_);
@@ -215,7 +249,12 @@ bool FrameText::readFloats(std::span<float> values) {
     skipSpace();
     gather(kLongestNumber + 1);
     Decimal decimal;
-    const char* end = scanDecimal(at_, decimal);
+    const char* end = scanSmall(at_, value);
+    if (end != nullptr) {
+      at_ = end;
+      continue;
+    }
+    end = scanDecimal(at_, decimal);
     if (end == nullptr || !toFloat(decimal, value)) {
       end = endOfFloat(at_);
       if (end == nullptr || end - at_ > kLongestNumber) {

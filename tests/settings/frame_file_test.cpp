@@ -231,7 +231,7 @@ class Maker {
     const double value = std::ldexp(static_cast<double>(random_()), -static_cast<int>(below(40)));
     const float single = std::bit_cast<float>(static_cast<std::uint32_t>(random_()));
     const double middle = (static_cast<double>(single) + static_cast<double>(std::nextafterf(single, INFINITY))) / 2;
-    switch (below(8)) {
+    switch (below(10)) {
       case 0:
         return fmt::format("{:.6f}", value / 1e4);
       case 1:
@@ -246,6 +246,9 @@ class Maker {
         return fmt::format("{:.9g}", single);
       case 6:
         return fmt::format("{:a}", value);
+      case 7:
+      case 8:  // as a program prints them
+        return fmt::format("{}{}.{:06}", below(2) == 0 ? "-" : "", below(10), below(1'000'000));
       default:
         return std::to_string(below(3));
     }
