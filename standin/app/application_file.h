@@ -6,7 +6,7 @@
 namespace standin {
 
 struct Application {
-  std::filesystem::path library;
+  std::filesystem::path plugin;
   std::filesystem::path messages;  // the folder of its message files
 };
 

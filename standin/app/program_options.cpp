@@ -100,6 +100,136 @@ unsigned parseCodePage(const std::string& text) {
   return codePage;
 }
 
+// The program's command line with the places that its words go to.
+class CommandLine {
+ public:
+  CommandLine() {
+    const std::filesystem::path folder = programFolder();
+    common_.plugin = findPlugin(folder);
+    common_.messages = findMessages(folder);
+    app_.footer(kExamples);
+    app_.set_version_flag("--version", std::string("creo-standin ") + RENDARA_VERSION);
+    app_.set_help_flag("-h,--help", "This text");
+    app_.fallthrough();
+    app_.allow_windows_style_options(false);  // "/..." is a path
+    app_.require_subcommand(0, 1);
+    app_.allow_extras();
+    addCommonOptions();
+    addCommands();
+  }
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
+
+  ProgramOptions parse(int argumentCount, const char* const* arguments) {
+    try {
+      app_.parse(argumentCount, arguments);
+    } catch (const CLI::CallForHelp&) {
+      return {common_, TextAnswer{app_.help() + "\n"}};
+    } catch (const CLI::CallForVersion& version) {
+      return {common_, TextAnswer{std::string(version.what()) + "\n"}};
+    } catch (const CLI::ParseError& error) {
+      // A mistyped option makes other arguments seem to be missing, so it is told first.
+      rejectExtras(app_);
+      throw Failure(ExitCode::kUsage, error.what());
+    }
+    rejectExtras(app_);
+    takeApplication();
+    checkMessages();
+    if (inWindow() && !app_.get_subcommands().empty()) {
+      throw Failure(ExitCode::kUsage, "--window goes without a command");
+    }
+    if (codePage_) common_.codePage = parseCodePage(*codePage_);
+    return {common_, command()};
+  }
+
+ private:
+  void addCommonOptions() {
+    app_.add_option("--plugin", common_.plugin, "Plug-in to load (default: the one beside the program)")
+        ->option_text("FILE");
+    app_.add_option("--messages", common_.messages, "Folder of the message file")->option_text("FOLDER");
+    app_.add_option("--language", common_.language, "Language of the plug-in's texts: german, french or japanese")
+        ->option_text("NAME");
+    app_.add_option("--texture-folder", common_.textureFolder,
+                    "What the folder of every texture is called, wherever it is, so that packages do not depend on it")
+        ->option_text("TEXT");
+    app_.add_option("--application", application_, "Plug-in and texts as a creotk.dat names them")->option_text("FILE");
+    app_.add_option("--window", windowModel_, "Opens the session in a window, with MODEL when one is given")
+        ->option_text("[MODEL]")
+        ->expected(0, 1);
+    app_.add_option("--code-page", codePage_, "System code page of the session (default 1252)")->option_text("N");
+  }
+
+  void addCommands() {
+    export_ = addModelCommand(app_, "export", "Opens a model and exports it to a package", exportOptions_);
+    export_->add_option("OUT", exportOptions_.output, "Package to write, *.rpk")->required()->option_text(" ");
+    addModelOptions(*export_, exportOptions_);
+    render_ =
+        addModelCommand(app_, "render", "Opens a model, starts a renderer and sends the model to it", renderOptions_);
+    addModelOptions(*render_, renderOptions_);
+    snapshot_ =
+        addModelCommand(app_, "snapshot", "Saves the session with the opened model in a file", snapshotOptions_);
+    snapshot_->add_option("OUT", snapshotOptions_.output, "Snapshot to write")->required()->option_text(" ");
+    addQuality(*snapshot_, snapshotOptions_);
+    addOverlay(*snapshot_, snapshotOptions_);
+    run_ = app_.add_subcommand("run", "Runs the commands of a script");
+    run_->allow_extras();
+    run_->add_option("SCRIPT", script_, "File with a command a line; - for standard input")
+        ->required()
+        ->option_text(" ");
+  }
+
+  bool inWindow() const { return app_.count("--window") > 0; }
+
+  void takeApplication() {
+    if (application_.empty()) return;
+    if (app_.count("--plugin") > 0 || app_.count("--messages") > 0) {
+      throw Failure(ExitCode::kUsage, "--application goes without --plugin and --messages");
+    }
+    const Application named = readApplicationFile(application_);
+    common_.plugin = named.plugin;
+    common_.messages = named.messages;
+  }
+
+  void checkMessages() const {
+    std::error_code ignored;
+    if (app_.count("--messages") + app_.count("--application") > 0 &&
+        !std::filesystem::exists(common_.messages / kMessageFile, ignored)) {
+      throw Failure(ExitCode::kUsage, fmt::format("{}: holds no {}", common_.messages.string(), kMessageFile));
+    }
+    if (!common_.language.empty() &&
+        !std::filesystem::exists(common_.messages / common_.language / kMessageFile, ignored)) {
+      throw Failure(ExitCode::kUsage,
+                    fmt::format("{}: holds no texts in \"{}\"", common_.messages.string(), common_.language));
+    }
+  }
+
+  decltype(ProgramOptions::command) command() const {
+    if (export_->parsed()) return exportOptions_;
+    if (render_->parsed()) return renderOptions_;
+    if (snapshot_->parsed()) return snapshotOptions_;
+    if (inWindow()) {
+      WindowOptions window;
+      if (!windowModel_.empty()) window.model = windowModel_;
+      return window;
+    }
+    ScriptOptions options;
+    if (run_->parsed() && script_ != "-") options.script = script_;
+    return options;
+  }
+
+  CLI::App app_{"A headless stand-in for the CAD session that the Rendara plug-in runs in.", "creo-standin"};
+  CommonOptions common_;
+  std::filesystem::path application_, windowModel_, script_;
+  std::optional<std::string> codePage_;
+  ExportOptions exportOptions_;
+  RenderOptions renderOptions_;
+  SnapshotOptions snapshotOptions_;
+  CLI::App* export_ = nullptr;
+  CLI::App* render_ = nullptr;
+  CLI::App* snapshot_ = nullptr;
+  CLI::App* run_ = nullptr;
+};
+
 }  // namespace
 
 void applyOptions(const CommonOptions& options, Session& session) {
@@ -109,110 +239,7 @@ void applyOptions(const CommonOptions& options, Session& session) {
 }
 
 ProgramOptions parseOptions(int argumentCount, const char* const* arguments) {
-  ProgramOptions result;
-  const std::filesystem::path folder = programFolder();
-  result.common.plugin = findPlugin(folder);
-  result.common.messages = findMessages(folder);
-
-  CLI::App app("A headless stand-in for the CAD session that the Rendara plug-in runs in.", "creo-standin");
-  app.footer(kExamples);
-  app.set_version_flag("--version", std::string("creo-standin ") + RENDARA_VERSION);
-  app.set_help_flag("-h,--help", "This text");
-  app.fallthrough();
-  app.allow_windows_style_options(false);  // "/..." is a path
-  app.require_subcommand(0, 1);
-  app.allow_extras();
-  app.add_option("--plugin", result.common.plugin, "Plug-in to load (default: the one beside the program)")
-      ->option_text("FILE");
-  app.add_option("--messages", result.common.messages, "Folder of the message file")->option_text("FOLDER");
-  app.add_option("--language", result.common.language, "Language of the plug-in's texts: german, french or japanese")
-      ->option_text("NAME");
-  app.add_option("--texture-folder", result.common.textureFolder,
-                 "What the folder of every texture is called, wherever it is, so that packages do not depend on it")
-      ->option_text("TEXT");
-  std::filesystem::path application;
-  app.add_option("--application", application, "Plug-in and texts as a creotk.dat names them")->option_text("FILE");
-  std::filesystem::path windowModel;
-  app.add_option("--window", windowModel, "Opens the session in a window, with MODEL when one is given")
-      ->option_text("[MODEL]")
-      ->expected(0, 1);
-  std::optional<std::string> codePage;
-  app.add_option("--code-page", codePage, "System code page of the session (default 1252)")->option_text("N");
-
-  ExportOptions exportOptions;
-  CLI::App* exportCommand = addModelCommand(app, "export", "Opens a model and exports it to a package", exportOptions);
-  exportCommand->add_option("OUT", exportOptions.output, "Package to write, *.rpk")->required()->option_text(" ");
-  addModelOptions(*exportCommand, exportOptions);
-  RenderOptions renderOptions;
-  CLI::App* renderCommand =
-      addModelCommand(app, "render", "Opens a model, starts a renderer and sends the model to it", renderOptions);
-  addModelOptions(*renderCommand, renderOptions);
-  SnapshotOptions snapshotOptions;
-  CLI::App* snapshotCommand =
-      addModelCommand(app, "snapshot", "Saves the session with the opened model in a file", snapshotOptions);
-  snapshotCommand->add_option("OUT", snapshotOptions.output, "Snapshot to write")->required()->option_text(" ");
-  addQuality(*snapshotCommand, snapshotOptions);
-  addOverlay(*snapshotCommand, snapshotOptions);
-  ScriptOptions scriptOptions;
-  CLI::App* runCommand = app.add_subcommand("run", "Runs the commands of a script");
-  runCommand->allow_extras();
-  std::filesystem::path script;
-  runCommand->add_option("SCRIPT", script, "File with a command a line; - for standard input")
-      ->required()
-      ->option_text(" ");
-
-  try {
-    app.parse(argumentCount, arguments);
-  } catch (const CLI::CallForHelp&) {
-    result.command = TextAnswer{app.help() + "\n"};
-    return result;
-  } catch (const CLI::CallForVersion& version) {
-    result.command = TextAnswer{std::string(version.what()) + "\n"};
-    return result;
-  } catch (const CLI::ParseError& error) {
-    // A mistyped option makes other arguments seem to be missing, so it is told first.
-    rejectExtras(app);
-    throw Failure(ExitCode::kUsage, error.what());
-  }
-  rejectExtras(app);
-  if (!application.empty()) {
-    if (app.count("--plugin") > 0 || app.count("--messages") > 0) {
-      throw Failure(ExitCode::kUsage, "--application goes without --plugin and --messages");
-    }
-    const Application named = readApplicationFile(application);
-    result.common.plugin = named.library;
-    result.common.messages = named.messages;
-  }
-  std::error_code ignored;
-  if (app.count("--messages") + app.count("--application") > 0 &&
-      !std::filesystem::exists(result.common.messages / kMessageFile, ignored)) {
-    throw Failure(ExitCode::kUsage, fmt::format("{}: holds no {}", result.common.messages.string(), kMessageFile));
-  }
-  if (!result.common.language.empty() &&
-      !std::filesystem::exists(result.common.messages / result.common.language / kMessageFile, ignored)) {
-    throw Failure(ExitCode::kUsage,
-                  fmt::format("{}: holds no texts in \"{}\"", result.common.messages.string(), result.common.language));
-  }
-  const bool inWindow = app.count("--window") > 0;
-  if (inWindow && !app.get_subcommands().empty()) {
-    throw Failure(ExitCode::kUsage, "--window goes without a command");
-  }
-  if (codePage) result.common.codePage = parseCodePage(*codePage);
-  if (exportCommand->parsed()) {
-    result.command = exportOptions;
-  } else if (renderCommand->parsed()) {
-    result.command = renderOptions;
-  } else if (snapshotCommand->parsed()) {
-    result.command = snapshotOptions;
-  } else if (inWindow) {
-    WindowOptions window;
-    if (!windowModel.empty()) window.model = windowModel;
-    result.command = window;
-  } else {
-    if (runCommand->parsed() && script != "-") scriptOptions.script = script;
-    result.command = scriptOptions;
-  }
-  return result;
+  return CommandLine().parse(argumentCount, arguments);
 }
 
 }  // namespace standin

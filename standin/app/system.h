@@ -15,6 +15,10 @@ std::filesystem::path makeTemporaryFolder();
 // 0, or the error number that says why the file or folder cannot be changed by this user.
 int writeRefused(const std::filesystem::path& fileOrFolder);
 
+// Descriptors, which the caller closes; -1 on failure. Programs that are started do not get them, where the system can.
+int makeNamelessBuffer();  // for writing and reading, gone when it is closed
+int duplicate(int descriptor);
+
 // Whether standard input is a terminal.
 bool inputIsTerminal();
 

@@ -1,5 +1,7 @@
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -26,6 +28,10 @@ int writeRefused(const fs::path& fileOrFolder) {
   const int wanted = fs::is_directory(fileOrFolder, ignored) ? W_OK | X_OK : W_OK;
   return access(fileOrFolder.c_str(), wanted) == 0 ? 0 : errno;
 }
+
+int makeNamelessBuffer() { return memfd_create("output", MFD_CLOEXEC); }
+
+int duplicate(int descriptor) { return fcntl(descriptor, F_DUPFD_CLOEXEC, 0); }
 
 bool inputIsTerminal() { return isatty(STDIN_FILENO) != 0; }
 

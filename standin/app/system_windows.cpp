@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <io.h>
 
 #include <cerrno>
@@ -38,6 +39,15 @@ fs::path makeTemporaryFolder() {
 }
 
 int writeRefused(const fs::path& fileOrFolder) { return _waccess(fileOrFolder.c_str(), kMayWrite) == 0 ? 0 : errno; }
+
+int makeNamelessBuffer() {
+  std::error_code error;
+  const fs::path folder = fs::temp_directory_path(error);
+  const std::string name = "creo-standin-output-" + std::to_string(std::random_device{}());
+  return _wopen((folder / name).c_str(), _O_CREAT | _O_EXCL | _O_RDWR | _O_BINARY | _O_TEMPORARY | _O_NOINHERIT, 0600);
+}
+
+int duplicate(int descriptor) { return _dup(descriptor); }
 
 bool inputIsTerminal() { return _isatty(_fileno(stdin)) != 0; }
 

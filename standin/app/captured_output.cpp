@@ -1,12 +1,12 @@
 #include "standin/app/captured_output.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <iostream>
+
+#include "standin/app/system.h"
 
 namespace standin {
 namespace {
@@ -28,10 +28,10 @@ std::string readAll(int file) {
 
 }  // namespace
 
-CapturedOutput::CapturedOutput() : buffer_(memfd_create("output", MFD_CLOEXEC)) {
+CapturedOutput::CapturedOutput() : buffer_(makeNamelessBuffer()) {
   flushAll();
   if (buffer_ < 0) return;
-  original_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+  original_ = duplicate(STDOUT_FILENO);
   if (original_ >= 0) dup2(buffer_, STDOUT_FILENO);
 }
 
