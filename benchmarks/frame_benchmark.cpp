@@ -117,8 +117,8 @@ void ReadFrames(benchmark::State& state) {
 
 void ScannedFrames(benchmark::State& state) { run(state, rendara::testing::scanFrames); }
 
-BENCHMARK(ReadFrames)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(ScannedFrames)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ReadFrames)->MinWarmUpTime(1)->MinTime(3)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(ScannedFrames)->MinWarmUpTime(1)->MinTime(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -6,6 +6,9 @@
 #include <cmath>
 #include <cstdint>
 #include <map>
+#include <span>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -16,14 +19,22 @@ namespace rendara {
 namespace {
 
 constexpr int kMaxFrameCount = 1'000'000;
+constexpr std::size_t kLongestRecord = 512;  // whose text is kept
+
+struct Track;
+using Component = std::pair<const std::vector<int>, Track>;
 
 // The placements of a component, in the order of its records. As long as all are the same, bit for bit, one stands for
 // them: most components of a mechanism never move.
 struct Track {
   std::vector<Matrix> frames;
   std::size_t repeats = 0;  // of the only frame
+  // The text of its records until the end of the path, and of the only frame's numbers; empty when not known. Where the
+  // same text stands again there is nothing to read from it.
+  std::string head;
+  std::string numbers;
   // The component whose record came after this one's the last time; it mostly does again.
-  std::pair<const std::vector<int>, Track>* following = nullptr;
+  Component* following = nullptr;
 };
 
 bool sameBits(const Matrix& first, const Matrix& second) {
@@ -31,17 +42,16 @@ bool sameBits(const Matrix& first, const Matrix& second) {
   return std::bit_cast<Bits>(first) == std::bit_cast<Bits>(second);
 }
 
-// Room grows by the half of what is wanted only where the announced count does not tell better; never to more than four
-// times what the file has really held, so that a wrong count costs nothing.
+// Room grows by the half of what is wanted only where the announced count does not tell better; never to more than
+// eight times what the file has really held, so that a wrong count costs nothing. Towards the announced count it grows
+// by eighths of it, so that little is copied.
 void makeRoom(std::vector<Matrix>& frames, std::size_t wanted, std::size_t announced) {
   if (wanted <= frames.capacity()) {
     return;
   }
-  std::size_t room = wanted * 4;
-  if (wanted > announced) {
-    room = wanted + wanted / 2;
-  } else {
-    room = std::min(room, announced);
+  std::size_t room = wanted > announced ? wanted + wanted / 2 : announced;
+  while (room > wanted * 8) {
+    room /= 8;
   }
   frames.reserve(room);
 }
@@ -66,7 +76,7 @@ class FrameReader {
 
   void read() {
     if (readHeader()) {
-      while (text_.skipPast("Part:") && readRecord()) {
+      while (readRecord()) {
       }
     }
     takeMoving();
@@ -83,21 +93,82 @@ class FrameReader {
     return text_.skipPast("MaFrame") && text_.readInt(ignored);
   }
 
-  bool readRecord() {
+  bool readRecord() { return skipExpectedHead() ? readFrame(last_->second) : readWholeRecord(); }
+
+  bool readWholeRecord() {
     int count = 0;
-    if (!text_.readInt(count) || !readPath(count)) {
+    if (!text_.skipPast("Part:") || !text_.readInt(count) || !readPath(count)) {
       return false;
     }
-    std::array<float, 12> numbers;
-    if (!text_.readFloats(numbers)) {
-      return false;
-    }
+    const std::size_t head = text_.sinceToken().size();
     Matrix matrix = kIdentityMatrix;
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-      matrix[i / 3 * 4 + i % 3] = static_cast<double>(numbers[i]);
+    if (!readMatrix(matrix)) {
+      return false;
     }
     if (count >= 1 && count <= PRO_MAX_ASSEM_LEVEL) {
-      add(matrix);
+      Track& track = trackOfPath();
+      const bool first = track.frames.empty();
+      add(track, matrix);
+      if (!first && track.head.empty()) {
+        keepText(track, head);
+      }
+    }
+    return true;
+  }
+
+  bool readFrame(Track& track) {
+    if (track.frames.size() == 1) {
+      return readSecondFrame(track);
+    }
+    // Read where it stays.
+    makeRoom(track.frames, track.frames.size() + 1, announced());
+    if (!readMatrix(track.frames.emplace_back(kIdentityMatrix))) {
+      track.frames.pop_back();
+      return false;
+    }
+    return true;
+  }
+
+  // It may be the first one again.
+  bool readSecondFrame(Track& track) {
+    if (text_.skipText(track.numbers)) {
+      ++track.repeats;
+      return true;
+    }
+    Matrix matrix = kIdentityMatrix;
+    if (!readMatrix(matrix)) {
+      return false;
+    }
+    add(track, matrix);
+    return true;
+  }
+
+  bool skipExpectedHead() {
+    Component* const expected = last_ != nullptr ? last_->second.following : nullptr;
+    if (expected == nullptr || expected->second.head.empty() || !text_.skipText(expected->second.head)) {
+      return false;
+    }
+    last_ = expected;
+    return true;
+  }
+
+  void keepText(Track& track, std::size_t head) const {
+    const std::string_view record = text_.sinceToken();
+    if (record.empty() || record.size() > kLongestRecord) {
+      return;
+    }
+    track.head = record.substr(0, head);
+    if (track.frames.size() == 1) {
+      track.numbers = record.substr(record.find_first_not_of(" \t\n\v\f\r", head));
+    }
+  }
+
+  bool readMatrix(Matrix& matrix) {
+    const std::span<double> numbers(matrix);
+    for (std::size_t row = 0; row < 4; ++row) {
+      if (!text_.readFloats(numbers.subspan(row * 4, 3))) {
+        return false;
+      }
     }
     return true;
   }
@@ -122,31 +193,31 @@ class FrameReader {
     return true;
   }
 
-  void add(const Matrix& matrix) {
-    Track& track = trackOfPath();
+  std::size_t announced() const { return static_cast<std::size_t>(frames_.animationFrameCount); }
+
+  void add(Track& track, const Matrix& matrix) {
     if (track.frames.size() == 1 && sameBits(track.frames.front(), matrix)) {
       ++track.repeats;
       return;
     }
-    const auto announced = static_cast<std::size_t>(frames_.animationFrameCount);
     if (track.repeats > 0) {
-      spellOut(track, 1, announced);
+      spellOut(track, 1, announced());
     } else if (!track.frames.empty()) {
-      makeRoom(track.frames, track.frames.size() + 1, announced);
+      makeRoom(track.frames, track.frames.size() + 1, announced());
     }
     track.frames.push_back(matrix);
   }
 
   Track& trackOfPath() {
-    auto* entry = last_ != nullptr ? last_->second.following : nullptr;
-    if (entry == nullptr || entry->first != path_) {
-      entry = &*tracks_.try_emplace(path_).first;
+    Component* component = last_ != nullptr ? last_->second.following : nullptr;
+    if (component == nullptr || component->first != path_) {
+      component = &*tracks_.try_emplace(path_).first;
       if (last_ != nullptr) {
-        last_->second.following = entry;
+        last_->second.following = component;
       }
     }
-    last_ = entry;
-    return entry->second;
+    last_ = component;
+    return component->second;
   }
 
   void takeMoving() {
@@ -164,7 +235,7 @@ class FrameReader {
   FrameText text_;
   AnimationFrames& frames_;
   std::map<std::vector<int>, Track> tracks_;
-  std::pair<const std::vector<int>, Track>* last_ = nullptr;
+  Component* last_ = nullptr;
   std::vector<int> path_;  // of the record that is read
 };
 

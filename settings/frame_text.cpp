@@ -13,11 +13,10 @@ namespace rendara {
 namespace {
 
 constexpr std::size_t kBlock = 64 << 10;
-constexpr std::size_t kBeyond = 10;  // a NUL, and what is read at once from it on
+constexpr std::size_t kBeyond = 20;  // a NUL, and what is read at once from it on
 constexpr std::ptrdiff_t kLongestToken = 255;
 constexpr std::ptrdiff_t kLongestNumber = 4096;
 
-bool isSpace(char letter) { return letter == ' ' || (letter >= '\t' && letter <= '\r'); }
 bool isDigit(char letter) { return letter >= '0' && letter <= '9'; }
 char lower(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter; }
 bool isHexDigit(char letter) { return isDigit(letter) || (lower(letter) >= 'a' && lower(letter) <= 'f'); }
@@ -84,36 +83,84 @@ const char* scanDigits(const char* at, std::uint64_t& number) {
   return at;
 }
 
-// What "%f" prints of numbers below ten: one digit, a point, six digits, white space. Its end, or null for all others.
-// Reads nine characters.
-const char* scanSmall(const char* at, float& value) {
-  constexpr std::uint64_t kPoint = '.';
-  const std::uint64_t sign = *at == '-' ? 1 : 0;
-  at += sign;
+// The first one lowest.
+std::uint64_t eightBytes(const char* at) {
   std::uint64_t bytes = 0;
-  if constexpr (std::endian::native != std::endian::little) {
-    return nullptr;
+  for (int i = 0; i < 8; ++i) {
+    bytes |= static_cast<std::uint64_t>(static_cast<unsigned char>(at[i])) << (8 * i);
   }
-  std::memcpy(&bytes, at, sizeof bytes);
-  if (((bytes >> 8) & 0xFF) != kPoint || !isSpace(at[8])) {
-    return nullptr;
-  }
-  // The digits together, behind a zero.
-  std::uint64_t digits = (bytes & ~std::uint64_t{0xFFFF}) | ((bytes & 0xFF) << 8) | '0';
-  constexpr std::uint64_t kZeros = 0x3030303030303030;
-  digits ^= kZeros;
-  // Bytes above nine carry into their upper half when six is added.
-  if (((digits | (digits + 0x0606060606060606)) & 0xF0F0F0F0F0F0F0F0) != 0) {
-    return nullptr;
-  }
+  return bytes;
+}
+
+constexpr std::uint64_t kEightZeros = 0x3030303030303030;
+
+// Of up to eight digits, the last one in the highest byte, each without its '0'.
+std::uint64_t numberOf(std::uint64_t digits) {
   // Neighbours are put together in pairs, these in fours, these in one.
   digits = (digits * 10 + (digits >> 8)) & 0x00FF00FF00FF00FF;
   digits = (digits * 100 + (digits >> 16)) & 0x0000FFFF0000FFFF;
-  digits = (digits * 10000 + (digits >> 32)) & 0xFFFFFFFF;
-  // Both are exact in single precision, so the quotient is the nearest value.
-  const float number = static_cast<float>(static_cast<std::int32_t>(digits)) / 1e6F;
-  value = std::bit_cast<float>(std::bit_cast<std::uint32_t>(number) | static_cast<std::uint32_t>(sign << 31));
-  return at + 8;
+  return (digits * 10000 + (digits >> 32)) & 0xFFFFFFFF;
+}
+
+// What "%f" prints of numbers below a thousand: up to three digits, a point, six digits, white space. The end, behind
+// a blank, or null for all others. Reads 12 characters.
+const char* scanSmall(const char* at, double& value) {
+  constexpr std::array<double, 2> kMillions = {1e6, -1e6};
+  const std::size_t negative = *at == '-' ? 1 : 0;
+  at += negative;
+  std::uint64_t upper = 0;
+  for (int i = 0; i < 2 && at[1] != '.'; ++i, ++at) {
+    if (!isDigit(*at)) {
+      return nullptr;
+    }
+    upper = upper * 10 + static_cast<std::uint64_t>(*at - '0');
+  }
+  const std::uint64_t bytes = eightBytes(at);
+  // The digits together, behind a zero.
+  const std::uint64_t digits = ((bytes & ~std::uint64_t{0xFFFF}) | ((bytes & 0xFF) << 8) | '0') ^ kEightZeros;
+  // Bytes above nine carry into their upper half when six is added.
+  if (at[1] != '.' || ((digits | (digits + 0x0606060606060606)) & 0xF0F0F0F0F0F0F0F0) != 0) {
+    return nullptr;
+  }
+  // The quotient, rounded twice, is the nearest value: to be next to the middle of two floats in double precision it
+  // has to be that middle, as a whole number of millionths below a thousand is farther from it otherwise.
+  const auto millionths = static_cast<std::int64_t>(upper * 10'000'000 + numberOf(digits));
+  value = static_cast<double>(static_cast<float>(static_cast<double>(millionths) / kMillions[negative]));
+  at += 8;
+  if (*at == ' ') [[likely]] {
+    return at + 1;
+  }
+  return isSpace(*at) ? at : nullptr;
+}
+
+// How many of the bytes are digits until the first that is none; the bytes without a digit's '0'.
+int leadingDigits(std::uint64_t bytes) {
+  // A byte above nine gets its upper bit, and may carry into those behind it only.
+  const std::uint64_t others = (bytes | (bytes + 0x7676767676767676)) & 0x8080808080808080;
+  return std::countr_zero(others) / 8;
+}
+
+// Up to eight digits, a point, up to eight digits, white space. Its end, or null for all others. Reads 19 characters.
+const char* scanPlain(const char* at, Decimal& decimal) {
+  decimal.negative = *at == '-';
+  at += decimal.negative ? 1 : 0;
+  const std::uint64_t whole = eightBytes(at) ^ kEightZeros;
+  const int wholes = leadingDigits(whole);
+  if (wholes == 0 || at[wholes] != '.') {
+    return nullptr;
+  }
+  at += wholes + 1;
+  const std::uint64_t part = eightBytes(at) ^ kEightZeros;
+  const int parts = leadingDigits(part);
+  if (parts == 0 || !isSpace(at[parts])) {
+    return nullptr;
+  }
+  constexpr std::array<std::uint32_t, 9> kShifts = {1,       10,        100,        1000,       10'000,
+                                                    100'000, 1'000'000, 10'000'000, 100'000'000};
+  decimal.mantissa = numberOf(whole << (64 - 8 * wholes)) * kShifts[static_cast<std::size_t>(parts)] +
+                     numberOf(part << (64 - 8 * parts));
+  decimal.exponent = -parts;
+  return at + parts;
 }
 
 // Numbers as they mostly are: few digits, white space behind them. Its end, or null for all others.
@@ -193,6 +240,7 @@ void FrameText::fill() {
   at_ = block_.data();
   end_ = at_ + left + got;
   block_[left + got] = '\0';
+  token_ = nullptr;
 }
 
 void FrameText::skipMoreSpace() {
@@ -219,6 +267,7 @@ bool FrameText::skipPast(std::string_view word) {
     if (at_ == first) {
       return false;
     }
+    token_ = first;
     if (equalsAsCString({first, static_cast<std::size_t>(at_ - first)}, word)) {
       return true;
     }
@@ -244,27 +293,42 @@ bool FrameText::readInt(int& value) {
   return true;
 }
 
-bool FrameText::readFloats(std::span<float> values) {
-  for (float& value : values) {
-    skipSpace();
-    gather(kLongestNumber + 1);
-    Decimal decimal;
-    const char* end = scanSmall(at_, value);
-    if (end != nullptr) {
-      at_ = end;
-      continue;
+bool FrameText::readFloats(std::span<double> values) {
+  for (double& value : values) {
+    if (*at_ <= ' ') {
+      skipMoreSpace();
     }
-    end = scanDecimal(at_, decimal);
-    if (end == nullptr || !toFloat(decimal, value)) {
-      end = endOfFloat(at_);
-      if (end == nullptr || end - at_ > kLongestNumber) {
-        return false;
-      }
-      value = rendara::readFloat({at_, static_cast<std::size_t>(end - at_)});
+    // What the block has not whole is none of these.
+    const char* end = scanSmall(at_, value);
+    if (end == nullptr) {
+      gather(kLongestNumber + 1);
+      end = endOfOther(value);
+    }
+    if (end == nullptr) {
+      return false;
     }
     at_ = end;
   }
   return true;
+}
+
+const char* FrameText::endOfOther(double& number) {
+  float value = 0;
+  Decimal decimal;
+  const char* end = scanPlain(at_, decimal);
+  if (end == nullptr) {
+    decimal = {};
+    end = scanDecimal(at_, decimal);
+  }
+  if (end == nullptr || !toFloat(decimal, value)) {
+    end = endOfFloat(at_);
+    if (end == nullptr || end - at_ > kLongestNumber) {
+      return nullptr;
+    }
+    value = rendara::readFloat({at_, static_cast<std::size_t>(end - at_)});
+  }
+  number = static_cast<double>(value);
+  return end;
 }
 
 bool FrameText::skipOpening() {
