@@ -20,6 +20,10 @@ else()
   # No fused multiply-add: two compilers must give the same numbers.
   target_compile_options(rendara_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
     $<$<BOOL:${RENDARA_WARNINGS_AS_ERRORS}>:-Werror>)
+  if(RENDARA_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # A source that another includes is no header whose types many would see.
+    target_compile_options(rendara_options INTERFACE -Wno-subobject-linkage)
+  endif()
   if(MINGW)
     # The same build in any folder.
     target_compile_options(rendara_options INTERFACE -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
@@ -30,3 +34,12 @@ else()
     target_link_options(rendara_options INTERFACE -fsanitize=${RENDARA_SANITIZER})
   endif()
 endif()
+
+# For what takes the compiler longer to optimise, when sanitized, than it ever runs.
+function(rendara_spare_optimising)
+  if(RENDARA_SANITIZER)
+    foreach(target IN LISTS ARGN)
+      target_compile_options(${target} PRIVATE -O0)
+    endforeach()
+  endif()
+endfunction()

@@ -7,9 +7,9 @@
 namespace rendara {
 namespace {
 
-constexpr char kDialog[] = "ExportFinished";
+constexpr char kFinishedDialog[] = "ExportFinished";
 
-void exitDialog(char*, char*, ProAppData) { ProUIDialogExit(toolkitText(kDialog), kAccepted); }
+void exitDialog(char*, char*, ProAppData) { ProUIDialogExit(toolkitText(kFinishedDialog), kAccepted); }
 
 }  // namespace
 
@@ -18,7 +18,7 @@ std::optional<std::wstring> askPackagePath(const std::wstring& lastPath) {
 }
 
 void showExportFinished() {
-  const CadDialog dialog(kDialog);
+  const CadDialog dialog(kFinishedDialog);
   char* const label = toolkitText("ExportFinishedLabel");
   char* const button = toolkitText("ExportOk");
   ProUIGridopts labelCell = cell(0, 0);

@@ -17,7 +17,7 @@
 namespace rendara {
 namespace {
 
-constexpr char kDialog[] = "Rendara_Settings";
+constexpr char kSettingsDialog[] = "Rendara_Settings";
 constexpr char kSpinbox[] = "stepbox";
 constexpr char kSlider[] = "Rendara_Tess_Level_Slider";
 constexpr char kMaterialsCheck[] = "Rendara_Separate_Materials_Check";
@@ -38,7 +38,7 @@ constexpr int kColumns = 7;
 constexpr int kSliderSteps = 10000;
 constexpr std::size_t kHelpSize = 128;  // characters with the terminator
 
-char* dialogName() { return toolkitText(kDialog); }
+char* settingsDialog() { return toolkitText(kSettingsDialog); }
 
 // Where the slider stands for a quality: truncated, so that 0.29 in single precision gives 2899.
 int sliderPosition(double quality) {
@@ -212,7 +212,7 @@ class SettingsDialogBuilder {
 std::string selectedName(const char* component) {
   int count = 0;
   char** names = nullptr;
-  ProUIRadiogroupSelectednamesGet(dialogName(), toolkitText(component), &count, &names);
+  ProUIRadiogroupSelectednamesGet(settingsDialog(), toolkitText(component), &count, &names);
   std::string selected = names != nullptr && count > 0 && names[0] != nullptr ? names[0] : "";
   if (names != nullptr) {
     ProStringarrayFree(names, count);
@@ -222,7 +222,7 @@ std::string selectedName(const char* component) {
 
 bool isChecked(const char* component) {
   ProBoolean state = PRO_B_FALSE;
-  ProUICheckbuttonGetState(dialogName(), toolkitText(component), &state);
+  ProUICheckbuttonGetState(settingsDialog(), toolkitText(component), &state);
   return state == PRO_B_TRUE;
 }
 
@@ -243,10 +243,10 @@ void readSelection(PluginSettings& settings, const SelectionCommands& commands) 
 
 void readSavePath(PluginSettings& settings) {
   ProBoolean state = PRO_B_FALSE;
-  ProUICheckbuttonGetState(dialogName(), toolkitText(kSaveCheck), &state);
+  ProUICheckbuttonGetState(settingsDialog(), toolkitText(kSaveCheck), &state);
   if (state != PRO_B_FALSE) {
     CadText path;
-    ProUIInputpanelWidestringGet(dialogName(), toolkitText(kDirectoryPanel), path.receive());
+    ProUIInputpanelWidestringGet(settingsDialog(), toolkitText(kDirectoryPanel), path.receive());
     settings.setExportPath(path.text());
   }
   settings.setSavePackage(state != PRO_B_FALSE);
@@ -254,28 +254,28 @@ void readSavePath(PluginSettings& settings) {
 
 void setQualityFromSpinbox(PluginSettings& settings) {
   double quality = settings.tessellationQuality;
-  ProUISpinboxDoubleGet(dialogName(), toolkitText(kSpinbox), &quality);
+  ProUISpinboxDoubleGet(settingsDialog(), toolkitText(kSpinbox), &quality);
   settings.setTessellationQuality(static_cast<float>(quality));
 }
 
 }  // namespace
 
 bool runSettingsDialog(const PluginSettings& settings, const SettingsDialogActions& actions) {
-  const CadDialog dialog(kDialog);
+  const CadDialog dialog(kSettingsDialog);
   SettingsDialogBuilder(dialog.name(), settings, actions).build();
   return dialog.run();
 }
 
 void takeSliderQuality(PluginSettings& settings) {
   int position = 0;
-  ProUISliderIntegerGet(dialogName(), toolkitText(kSlider), &position);
+  ProUISliderIntegerGet(settingsDialog(), toolkitText(kSlider), &position);
   settings.setTessellationQuality(static_cast<float>(position) / static_cast<float>(kSliderSteps));
-  ProUISpinboxDoubleSet(dialogName(), toolkitText(kSpinbox), settings.tessellationQuality);
+  ProUISpinboxDoubleSet(settingsDialog(), toolkitText(kSpinbox), settings.tessellationQuality);
 }
 
 void takeSpinboxQuality(PluginSettings& settings) {
   setQualityFromSpinbox(settings);
-  ProUISliderIntegerSet(dialogName(), toolkitText(kSlider), sliderPosition(settings.tessellationQuality));
+  ProUISliderIntegerSet(settingsDialog(), toolkitText(kSlider), sliderPosition(settings.tessellationQuality));
 }
 
 void readSettingsDialog(PluginSettings& settings, const SelectionCommands& commands) {
@@ -288,6 +288,6 @@ void readSettingsDialog(PluginSettings& settings, const SelectionCommands& comma
   settings.setPromptForMechanism(isChecked(kMechanismCheck));
 }
 
-void exitSettingsDialog(int status) { ProUIDialogExit(dialogName(), status); }
+void exitSettingsDialog(int status) { ProUIDialogExit(settingsDialog(), status); }
 
 }  // namespace rendara

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kBlanks = " \t\r";
 
-[[noreturn]] void fail(const fs::path& file, const std::string& what) {
+[[noreturn]] void failOn(const fs::path& file, const std::string& what) {
   throw Failure(ExitCode::kUsage, fmt::format("{}: {}", file.string(), what));
 }
 
@@ -39,27 +39,27 @@ std::pair<std::string, std::string> split(const std::string& line) {
   return {line.substr(begin, end - begin), line.substr(value, line.find_last_not_of(kBlanks) + 1 - value)};
 }
 
-using Fields = std::map<std::string, std::string>;
+using Entry = std::map<std::string, std::string>;
 
-Fields readEntry(const fs::path& file) {
+Entry readEntry(const fs::path& file) {
   std::ifstream lines(file);
-  if (!lines) fail(file, std::generic_category().message(errno));
-  Fields fields;
+  if (!lines) failOn(file, std::generic_category().message(errno));
+  Entry fields;
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
     const auto [name, value] = split(line);
     if (name.empty() || name.front() == '!') continue;
     const std::string key = lowerCase(name);
     if (key == "end") return fields;
-    if (value.empty()) fail(file, fmt::format("line {}: \"{}\" has no value", number, name));
+    if (value.empty()) failOn(file, fmt::format("line {}: \"{}\" has no value", number, name));
     fields[key] = value;
   }
-  fail(file, "the entry has no \"end\"");
+  failOn(file, "the entry has no \"end\"");
 }
 
-const std::string& field(const fs::path& file, const Fields& fields, const std::string& key) {
+const std::string& field(const fs::path& file, const Entry& fields, const std::string& key) {
   const auto found = fields.find(key);
-  if (found == fields.end()) fail(file, fmt::format("there is no \"{}\"", key));
+  if (found == fields.end()) failOn(file, fmt::format("there is no \"{}\"", key));
   return found->second;
 }
 
@@ -71,10 +71,10 @@ fs::path pathFrom(const fs::path& file, std::string text) {
 }  // namespace
 
 Application readApplicationFile(const fs::path& file) {
-  const Fields fields = readEntry(file);
+  const Entry fields = readEntry(file);
   field(file, fields, "name");
   if (lowerCase(field(file, fields, "startup")) != "dll") {
-    fail(file, fmt::format("\"startup\" is \"{}\", and only a dll can be loaded here", fields.at("startup")));
+    failOn(file, fmt::format("\"startup\" is \"{}\", and only a dll can be loaded here", fields.at("startup")));
   }
   return {pathFrom(file, field(file, fields, "exec_file")), pathFrom(file, field(file, fields, "text_dir")) / "text"};
 }

@@ -24,4 +24,6 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
+[[noreturn]] inline void failUsage(const std::string& message) { throw Failure(ExitCode::kUsage, message); }
+
 }  // namespace standin

@@ -17,12 +17,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void fail(const fs::path& path, const std::string& what) {
+[[noreturn]] void failWith(const fs::path& path, const std::string& what) {
   throw Failure(ExitCode::kOutput, fmt::format("{}: {}", path.string(), what));
 }
 
 [[noreturn]] void failWithSystemMessage(const fs::path& path, int error) {
-  fail(path, std::generic_category().message(error));
+  failWith(path, std::generic_category().message(error));
 }
 
 }  // namespace
@@ -41,7 +41,7 @@ std::optional<PackageFile::State> PackageFile::state() const {
 void PackageFile::checkLength() const {
   const std::size_t length = wideFromUtf8(path_.string()).size();
   if (length > kMaxPathLength) {
-    fail(path_, fmt::format("the path has {} characters, the host takes {} at most", length, kMaxPathLength));
+    failWith(path_, fmt::format("the path has {} characters, the host takes {} at most", length, kMaxPathLength));
   }
 }
 
@@ -51,7 +51,7 @@ void PackageFile::checkPlace() const {
   const fs::file_status status = fs::status(path_, error);
   if (fs::is_directory(status)) failWithSystemMessage(path_, EISDIR);
   if (!fs::exists(status)) {
-    if (status.type() != fs::file_type::not_found) fail(path_, error.message());
+    if (status.type() != fs::file_type::not_found) failWith(path_, error.message());
     if (path_.filename().empty()) failWithSystemMessage(path_, ENOENT);
   }
   // Of a new file its folder counts.
@@ -75,16 +75,16 @@ bool PackageFile::changed() const {
 std::optional<rpk::PackageCounts> PackageFile::check(bool modelOpen) const {
   if (!ordinary()) return std::nullopt;
   checkLength();
-  if (!changed()) fail(path_, modelOpen ? "no package was written" : "no package was written: no model is open");
+  if (!changed()) failWith(path_, modelOpen ? "no package was written" : "no package was written: no model is open");
   std::string error;
   const auto file = rpk::MappedFile::open(path_.string(), &error);
-  if (!file) fail(path_, error);
+  if (!file) failWith(path_, error);
   const rpk::PackageCounts counts = rpk::countPackage(file->bytes());
   if (counts.faultCount > 0) {
     const rpk::Fault& fault = counts.faults.front();
-    fail(path_, fmt::format("not a complete package: line {}: {}", fault.place.line, fault.what));
+    failWith(path_, fmt::format("not a complete package: line {}: {}", fault.place.line, fault.what));
   }
-  if (counts.groups == 0) fail(path_, "not a complete package: it holds no scene");
+  if (counts.groups == 0) failWith(path_, "not a complete package: it holds no scene");
   return counts;
 }
 

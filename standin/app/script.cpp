@@ -11,8 +11,6 @@ namespace {
 
 constexpr std::size_t kAny = 1000;
 
-[[noreturn]] void failUsage(const std::string& message) { throw Failure(ExitCode::kUsage, message); }
-
 }  // namespace
 
 const std::vector<Script::Entry>& Script::table() {

@@ -23,8 +23,6 @@
 namespace standin {
 namespace {
 
-[[noreturn]] void failUsage(const std::string& message) { throw Failure(ExitCode::kUsage, message); }
-
 double parseNumber(const std::string& text) {
   double value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);

@@ -28,7 +28,7 @@ void removeAll(MachineRegistry& registry) {
   registry.removeKey(Hive::kCurrentUser, kPortKey);
 }
 
-std::string utf8Of(const fs::path& path) {
+std::string utf8Path(const fs::path& path) {
   const std::u8string text = path.u8string();
   return {text.begin(), text.end()};
 }
@@ -40,9 +40,9 @@ void install(const Installation& installation) {
     removeAll(registry);
     registry.setText(Hive::kLocalMachine, kMaker, "RendaraVersion", kVersion);
     registry.setText(Hive::kLocalMachine, kProduct, "CurrentVersion", "5");
-    registry.setText(Hive::kLocalMachine, kProduct, "BinName", utf8Of(installation.program));
-    registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", utf8Of(installation.binFolder));
-    registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", utf8Of(installation.binFolder));
+    registry.setText(Hive::kLocalMachine, kProduct, "BinName", utf8Path(installation.program));
+    registry.setText(Hive::kLocalMachine, kProduct, "BinFolder", utf8Path(installation.binFolder));
+    registry.setText(Hive::kCurrentUser, kMaker, "RendaraActivePath", utf8Path(installation.binFolder));
     for (const char* key : {kProduct, kPortKey}) {
       registry.setNumber(Hive::kCurrentUser, key, "LiveLinkPort", static_cast<std::uint32_t>(installation.port));
       registry.setNumber(Hive::kCurrentUser, key, "LiveLinkMaxPort", kMaxPort);

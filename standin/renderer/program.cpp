@@ -88,13 +88,13 @@ void rejectExtras(const CLI::App& app) {
   throw Failure(ExitCode::kUsage, fmt::format("unknown argument {}{}", name, terminal::didYouMean(name, names)));
 }
 
-std::chrono::milliseconds milliseconds(double seconds) {
+std::chrono::milliseconds fromSeconds(double seconds) {
   return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
 void serve(Arguments& arguments) {
-  arguments.server.idle = milliseconds(arguments.idle);
-  arguments.server.patience = milliseconds(arguments.timeout);
+  arguments.server.idle = fromSeconds(arguments.idle);
+  arguments.server.patience = fromSeconds(arguments.timeout);
   arguments.server.pictureFolder = arguments.pictureFolder;
   const SocketNumber stop = stopRequest();
   Server server(arguments.server);

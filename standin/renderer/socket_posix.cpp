@@ -15,7 +15,7 @@
 namespace standin {
 namespace {
 
-[[noreturn]] void fail(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
+[[noreturn]] void failWith(const std::string& what) { throw std::system_error(errno, std::generic_category(), what); }
 
 sockaddr_in localAddress(int port) {
   sockaddr_in address{};
@@ -62,12 +62,12 @@ Socket Socket::make() { return Socket(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOC
 
 Socket Socket::listenAt(int port) {
   Socket listener = make();
-  if (!listener) fail("socket");
+  if (!listener) failWith("socket");
   turnOn(listener.number_, SOL_SOCKET, SO_REUSEADDR);
   const sockaddr_in address = localAddress(port);
   if (bind(listener.number_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       listen(listener.number_, SOMAXCONN) != 0) {
-    fail("port " + std::to_string(port));
+    failWith("port " + std::to_string(port));
   }
   return listener;
 }
@@ -97,14 +97,14 @@ Socket Socket::connectTo(int port, Duration patience, std::string& error) {
 
 std::pair<Socket, Socket> Socket::connectedPair() {
   std::array<int, 2> numbers{};
-  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, numbers.data()) != 0) fail("socketpair");
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, numbers.data()) != 0) failWith("socketpair");
   return {Socket(numbers[0]), Socket(numbers[1])};
 }
 
 int Socket::port() const {
   sockaddr_in address{};
   socklen_t size = sizeof address;
-  if (getsockname(number_, reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("port");
+  if (getsockname(number_, reinterpret_cast<sockaddr*>(&address), &size) != 0) failWith("port");
   return ntohs(address.sin_port);
 }
 

@@ -9,7 +9,7 @@
 namespace standin {
 namespace {
 
-[[noreturn]] void fail(const std::string& what) {
+[[noreturn]] void failWith(const std::string& what) {
   throw std::system_error(WSAGetLastError(), std::system_category(), what);
 }
 
@@ -96,12 +96,12 @@ Socket::~Socket() {
 
 Socket Socket::listenAt(int port) {
   Socket listener = make();
-  if (!listener) fail("socket");
+  if (!listener) failWith("socket");
   turnOn(listener.number_, SOL_SOCKET, SO_EXCLUSIVEADDRUSE);
   const sockaddr_in address = localAddress(port);
   if (bind(listener.number_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       listen(listener.number_, SOMAXCONN) != 0) {
-    fail("port " + std::to_string(port));
+    failWith("port " + std::to_string(port));
   }
   return listener;
 }
@@ -137,7 +137,7 @@ std::pair<Socket, Socket> Socket::connectedPair() {
 int Socket::port() const {
   sockaddr_in address{};
   int size = sizeof address;
-  if (getsockname(number_, reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("port");
+  if (getsockname(number_, reinterpret_cast<sockaddr*>(&address), &size) != 0) failWith("port");
   return ntohs(address.sin_port);
 }
 

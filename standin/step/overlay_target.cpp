@@ -103,7 +103,7 @@ std::optional<Matrix> lookAlong(const Point& direction, const Point& up) {
   return matrix;
 }
 
-Point pointFrom(const JsonNode& node) {
+Point pointOf(const JsonNode& node) {
   const std::vector<double> numbers = node.numbers(3);
   return {numbers[0], numbers[1], numbers[2]};
 }
@@ -205,14 +205,14 @@ Matrix viewMatrix(const JsonNode& node) {
     standard->fail("must be front, back, top, bottom, left, right or iso");
   }
   if (matrix) return checkedMatrix(*matrix);
-  const std::optional<Matrix> found = lookAlong(pointFrom(*direction), up ? pointFrom(*up) : Point{0.0, 1.0, 0.0});
+  const std::optional<Matrix> found = lookAlong(pointOf(*direction), up ? pointOf(*up) : Point{0.0, 1.0, 0.0});
   if (!found) node.fail("the direction is zero or parallel to the up direction");
   return *found;
 }
 
 Point colorFrom(const JsonNode& node) {
   if (!node.isText()) {
-    const Point color = pointFrom(node);
+    const Point color = pointOf(node);
     for (const double value : color) {
       if (!(value >= 0.0 && value <= 1.0)) node.fail("must hold numbers from 0 to 1");
     }

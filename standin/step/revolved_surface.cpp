@@ -21,15 +21,15 @@
 #include <algorithm>
 #include <cmath>
 #include <gp_Circ2d.hxx>
+#include <numbers>
 #include <vector>
 
+#include "standin/step/points.h"
 #include "standin/step/spline_curves.h"
 
 namespace standin {
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 // A surface's position: the origin on the axis and the directions in which its angle and its axis count. Of a
 // left-handed one the angle runs the other way about the axis.
@@ -44,8 +44,6 @@ struct Frame {
   // Turned about an axis counter-clockwise.
   explicit Frame(const gp_Ax1& turned) : Frame(gp_Ax3(turned.Location(), turned.Direction())) {}
 };
-
-Point pointFrom(const gp_XYZ& xyz) { return {xyz.X(), xyz.Y(), xyz.Z()}; }
 
 double weightAt(const SplineCurve& curve, std::size_t i) { return curve.weights.empty() ? 1.0 : curve.weights[i]; }
 
@@ -137,7 +135,7 @@ ParameterRange widened(double first, double last) {
 }  // namespace
 
 SplineCurve angularArc(const ParameterRange& angles) {
-  const int pieces = std::max(1, static_cast<int>(std::ceil(angles.width() / (kPi / 4.0) - 1e-9)));
+  const int pieces = std::max(1, static_cast<int>(std::ceil(angles.width() / (std::numbers::pi / 4.0) - 1e-9)));
   const double step = angles.width() / pieces;
   const gp_Circ2d circle(gp_Ax22d(gp_Pnt2d(0.0, 0.0), gp_Dir2d(1.0, 0.0), gp_Dir2d(0.0, 1.0)), 1.0);
   // About angle 0, then turned: the conversion wants its angles within one turn.
@@ -175,7 +173,8 @@ std::optional<ExactSurface> revolvedSpline(const Handle(Geom_Surface) & surface,
   }
   if (const auto sphere = Handle(Geom_SphericalSurface)::DownCast(surface)) {
     const Frame frame(sphere->Position());
-    const ParameterRange latitude{std::max(box.v.first, -kPi / 2.0), std::min(box.v.last, kPi / 2.0)};
+    const ParameterRange latitude{std::max(box.v.first, -std::numbers::pi / 2.0),
+                                  std::min(box.v.last, std::numbers::pi / 2.0)};
     return revolve(frame, arcMeridian(frame, 0.0, sphere->Radius(), latitude), box.u);
   }
   if (const auto torus = Handle(Geom_ToroidalSurface)::DownCast(surface)) {

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <utility>
 
 namespace standin {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 // Knots nearer to an end than this share of the range are taken for the end.
 constexpr double kSameKnot = 1e-9;
 constexpr double kEqualWeights = 1e-13;
@@ -206,7 +206,7 @@ SplineCurve lineSpline(const Point& from, const Point& to, const ParameterRange&
 }
 
 SplineCurve quadraticArc(const ParameterRange& angles) {
-  const int pieces = std::max(1, static_cast<int>(std::ceil(angles.width() / (kPi / 2.0) - 1e-9)));
+  const int pieces = std::max(1, static_cast<int>(std::ceil(angles.width() / (std::numbers::pi / 2.0) - 1e-9)));
   const double step = angles.width() / pieces;
   const double weight = std::cos(0.5 * step);
   SplineCurve arc = makeSpline(2, {angles.first, angles.first, angles.first}, {}, {});

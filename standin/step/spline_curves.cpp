@@ -22,6 +22,7 @@
 #include <gp_Elips.hxx>
 #include <gp_Parab.hxx>
 
+#include "standin/step/points.h"
 #include "standin/step/revolved_surface.h"
 
 namespace standin {
@@ -29,13 +30,9 @@ namespace standin {
 namespace {
 
 // What an approximation may be off by, as a share of the curve's size.
-constexpr double kApproximation = 1e-7;
+constexpr double kCurveApproximation = 1e-7;
 constexpr int kApproximationPieces = 200;
 constexpr int kApproximationDegree = 8;
-
-Point pointFrom(const gp_Pnt& point) { return {point.X(), point.Y(), point.Z()}; }
-Point pointFrom(const gp_Pnt2d& point) { return {point.X(), point.Y(), 0.0}; }
-Point pointFrom(const gp_XYZ& xyz) { return {xyz.X(), xyz.Y(), xyz.Z()}; }
 
 // B-splines and Bezier curves of both dimensions have the same operations.
 template <typename Curve>
@@ -126,8 +123,8 @@ std::optional<SplineCurve> spaceCurve(const Handle(Geom_Curve) & curve, const Pa
   if (const auto spline = Handle(Geom_BSplineCurve)::DownCast(curve)) return splineOver(spline, range);
   if (const auto bezier = Handle(Geom_BezierCurve)::DownCast(curve)) return restricted(bezierCopy(*bezier), {}, range);
   const GeomConvert_ApproxCurve approximation(new Geom_TrimmedCurve(curve, range.first, range.last),
-                                              kApproximation * sizeOf(*curve, range), GeomAbs_C1, kApproximationPieces,
-                                              kApproximationDegree);
+                                              kCurveApproximation * sizeOf(*curve, range), GeomAbs_C1,
+                                              kApproximationPieces, kApproximationDegree);
   if (!approximation.HasResult()) return std::nullopt;
   return splineCopy(*approximation.Curve());
 }
@@ -158,7 +155,7 @@ std::optional<PlaneCurve> planeCurve(const Handle(Geom2d_Curve) & curve, const P
     return restricted(bezierCopy(*bezier), {}, range);
   }
   const Geom2dConvert_ApproxCurve approximation(new Geom2d_TrimmedCurve(curve, range.first, range.last),
-                                                kApproximation * sizeOf(*curve, range), GeomAbs_C1,
+                                                kCurveApproximation * sizeOf(*curve, range), GeomAbs_C1,
                                                 kApproximationPieces, kApproximationDegree);
   if (!approximation.HasResult()) return std::nullopt;
   return splineCopy(*approximation.Curve());

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "standin/step/points.h"
 #include "standin/step/revolved_surface.h"
 #include "standin/step/spline_curves.h"
 
@@ -18,10 +19,8 @@ namespace standin {
 namespace {
 
 // Of the surface's size over the box.
-constexpr double kApproximation = 1e-6;
+constexpr double kSurfaceApproximation = 1e-6;
 constexpr double kDeviation = 1e-5;
-
-Point pointFrom(const gp_Pnt& point) { return {point.X(), point.Y(), point.Z()}; }
 
 ExactSurface planeSpline(const Geom_Plane& plane, const ParameterBox& box) {
   ExactSurface made;
@@ -132,7 +131,8 @@ std::optional<ExactSurface> approximated(const Handle(Geom_Surface) & surface, c
   const ParameterRange u = within(box.u, surface->IsUPeriodic(), own.u);
   const ParameterRange v = within(box.v, surface->IsVPeriodic(), own.v);
   const Handle(Geom_Surface) piece = new Geom_RectangularTrimmedSurface(surface, u.first, u.last, v.first, v.last);
-  const GeomConvert_ApproxSurface approximation(piece, kApproximation * size, GeomAbs_C1, GeomAbs_C1, 8, 8, 100, 1);
+  const GeomConvert_ApproxSurface approximation(piece, kSurfaceApproximation * size, GeomAbs_C1, GeomAbs_C1, 8, 8, 100,
+                                                1);
   if (!approximation.HasResult()) return std::nullopt;
   return splineOver(approximation.Surface(), box);
 }

@@ -17,7 +17,7 @@ namespace {
 constexpr int kNameColumn = 0;
 constexpr int kStateColumn = 1;
 constexpr int kIdRole = Qt::UserRole;  // the component's feature id
-constexpr int kIconSide = 16;
+constexpr int kMarkSide = 16;
 constexpr int kLeastStateWidth = 70;
 
 void drawCube(QPainter& painter, QPointF corner, double side, const QColor& colour) {
@@ -36,7 +36,7 @@ void drawCube(QPainter& painter, QPointF corner, double side, const QColor& colo
 }
 
 QIcon modelIcon(bool assembly) {
-  QPixmap pixmap(kIconSide, kIconSide);
+  QPixmap pixmap(kMarkSide, kMarkSide);
   pixmap.fill(Qt::transparent);
   QPainter painter(&pixmap);
   painter.setRenderHint(QPainter::Antialiasing);

@@ -6,11 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "tests/rpk/command_run.h"
 #include "tests/rpk/damage.h"
 #include "tests/rpk/model_text.h"
 #include "tests/rpk/whole_package.h"
 #include "tests/support/temporary_folder.h"
-#include "tools/rpk/app/program.h"
 
 namespace {
 
@@ -289,20 +289,6 @@ TEST(DiffDamaged, TellsWhatItCan) {
   }
 }
 
-struct Result {
-  rpk::ExitCode code;
-  std::string output;
-  std::string errors;
-};
-
-Result run(std::vector<const char*> arguments) {
-  arguments.insert(arguments.begin(), {"rpk", "diff"});
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const rpk::ExitCode code = rpk::runProgram(static_cast<int>(arguments.size()), arguments.data());
-  return {code, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
 TEST(DiffCommand, TellsHowItEnded) {
   using rendara::testing::writeFile;
   using rpk::ExitCode;
@@ -339,14 +325,14 @@ TEST(DiffCommand, TellsHowItEnded) {
       {{"a.rpk", "b.rpk", "--tolerence", "1"}, ExitCode::kUsage, "", "rpk: unknown option --tolerence; did you mean"},
   };
   for (const auto& entry : cases) {
-    const Result result = run(entry.arguments);
+    const CommandRun result = runCommand("diff", entry.arguments);
     SCOPED_TRACE(testing::PrintToString(entry.arguments) + result.errors);
     EXPECT_EQ(result.code, entry.code);
     EXPECT_EQ(result.output, entry.output);
     EXPECT_TRUE(result.errors.starts_with(entry.errors));
     EXPECT_EQ(result.errors.empty(), entry.errors.empty());
   }
-  const auto json = nlohmann::json::parse(run({"a.rpk", "b.rpk", "--json"}).output);
+  const auto json = nlohmann::json::parse(runCommand("diff", {"a.rpk", "b.rpk", "--json"}).output);
   EXPECT_EQ(json["same"], false);
   EXPECT_EQ(json["counts"], (nlohmann::json{{"moved", 1}, {"recoloured", 1}}));
   EXPECT_EQ(json["differences"][0], (nlohmann::json{{"kind", "moved"},

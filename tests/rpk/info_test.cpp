@@ -8,11 +8,11 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "tests/rpk/command_run.h"
 #include "tests/rpk/damage.h"
 #include "tests/rpk/model_text.h"
 #include "tests/rpk/whole_package.h"
 #include "tests/support/temporary_folder.h"
-#include "tools/rpk/app/program.h"
 #include "tools/rpk/report/display_text.h"
 #include "tools/rpk/report/group_tree.h"
 #include "tools/rpk/report/info_json.h"
@@ -217,20 +217,6 @@ TEST(InfoText, HoldsTogetherWhateverThePackage) {
   }
 }
 
-struct Result {
-  rpk::ExitCode code;
-  std::string output;
-  std::string errors;
-};
-
-Result run(std::vector<const char*> arguments) {
-  arguments.insert(arguments.begin(), {"rpk", "info"});
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const rpk::ExitCode code = rpk::runProgram(static_cast<int>(arguments.size()), arguments.data());
-  return {code, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
 class InfoCommand : public testing::Test {
  protected:
   InfoCommand() {
@@ -244,20 +230,20 @@ class InfoCommand : public testing::Test {
 };
 
 TEST_F(InfoCommand, TellsHowItEnded) {
-  EXPECT_EQ(run({"pump.rpk"}).code, rpk::ExitCode::kDone);
-  EXPECT_EQ(run({"pump.rpk"}).errors, "");
-  EXPECT_EQ(run({"note.rpk"}).code, rpk::ExitCode::kUnreadable);
-  EXPECT_EQ(run({"none.rpk"}).code, rpk::ExitCode::kUnreadable);
-  EXPECT_EQ(run({}).code, rpk::ExitCode::kUsage);
-  EXPECT_EQ(run({"pump.rpk", "--depth", "deep"}).code, rpk::ExitCode::kUsage);
-  const Result cut = run({"cut.rpk"});
+  EXPECT_EQ(runCommand("info", {"pump.rpk"}).code, rpk::ExitCode::kDone);
+  EXPECT_EQ(runCommand("info", {"pump.rpk"}).errors, "");
+  EXPECT_EQ(runCommand("info", {"note.rpk"}).code, rpk::ExitCode::kUnreadable);
+  EXPECT_EQ(runCommand("info", {"none.rpk"}).code, rpk::ExitCode::kUnreadable);
+  EXPECT_EQ(runCommand("info", {}).code, rpk::ExitCode::kUsage);
+  EXPECT_EQ(runCommand("info", {"pump.rpk", "--depth", "deep"}).code, rpk::ExitCode::kUsage);
+  const CommandRun cut = runCommand("info", {"cut.rpk"});
   EXPECT_EQ(cut.code, rpk::ExitCode::kFound);
   EXPECT_TRUE(cut.errors.starts_with("rpk: cut.rpk: ")) << cut.errors;
   EXPECT_NE(cut.output.find("Current Creo camera"), std::string::npos) << "what could be read";
 }
 
 TEST_F(InfoCommand, SaysItInText) {
-  const std::string output = run({"pump.rpk"}).output;
+  const std::string output = runCommand("info", {"pump.rpk"}).output;
   const std::vector<std::string> lines = linesOf(output);
   for (const char* line : {
            "units           39.3701 to the metre (inches)",
@@ -270,15 +256,15 @@ TEST_F(InfoCommand, SaysItInText) {
        }) {
     EXPECT_NE(std::find(lines.begin(), lines.end(), line), lines.end()) << line << "\n" << output;
   }
-  const std::string flat = run({"pump.rpk", "--depth", "0"}).output;
+  const std::string flat = runCommand("info", {"pump.rpk", "--depth", "0"}).output;
   EXPECT_EQ(flat.find("tree"), std::string::npos);
   EXPECT_EQ(flat.find("exact surfaces (1)"), std::string::npos) << "evaluated on request only";
-  EXPECT_NE(run({"pump.rpk", "--exact"}).output.find("exact surfaces (1)"), std::string::npos);
+  EXPECT_NE(runCommand("info", {"pump.rpk", "--exact"}).output.find("exact surfaces (1)"), std::string::npos);
   EXPECT_TRUE(output.starts_with(flat));
 }
 
 TEST_F(InfoCommand, SaysItInJson) {
-  const auto json = nlohmann::json::parse(run({"pump.rpk", "--json"}).output);
+  const auto json = nlohmann::json::parse(runCommand("info", {"pump.rpk", "--json"}).output);
   EXPECT_EQ(json["variant"], 7);
   EXPECT_EQ(json["options"]["meter_scale"], "39.3701");
   EXPECT_EQ(json["counts"]["triangles_placed"], 5);
@@ -294,7 +280,7 @@ TEST_F(InfoCommand, SaysItInJson) {
   EXPECT_EQ(housing["placement"], (nlohmann::json{0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 3, 1}));
   EXPECT_EQ(json["groups"][0]["groups"][2]["source"], "rotor.prt");
   EXPECT_EQ(json["groups"][0]["placement"], nullptr);
-  const auto flat = nlohmann::json::parse(run({"pump.rpk", "--json", "--depth", "1"}).output);
+  const auto flat = nlohmann::json::parse(runCommand("info", {"pump.rpk", "--json", "--depth", "1"}).output);
   EXPECT_TRUE(flat["groups"][0]["groups"].empty());
 }
 

@@ -16,7 +16,7 @@ using testing::Arrays;
 using testing::golden;
 using testing::written;
 
-constexpr int kOne = 1;
+constexpr int kTrue = 1;
 
 struct Values {
   std::array<float, 4> floats = {0.5F, -1.0F, 1e-5F, 1.0F / 3};
@@ -67,10 +67,10 @@ TEST(WriterValues, ScalarsInBothModes) {
 TEST(WriterValues, NumbersBeyondSinglePrecision) {
   EXPECT_EQ(written([](vntScene_api& scene) {
               constexpr float kLargest = std::numeric_limits<float>::max();
-              constexpr float kInfinity = std::numeric_limits<float>::infinity();
+              constexpr float kEndless = std::numeric_limits<float>::infinity();
               constexpr double kWide = std::numeric_limits<double>::infinity();
               scene.beginGroup("g", true);
-              for (const float value : {kLargest, -kLargest, kInfinity, -kInfinity, std::nanf(""), 3.4028233e38F}) {
+              for (const float value : {kLargest, -kLargest, kEndless, -kEndless, std::nanf(""), 3.4028233e38F}) {
                 scene.parameter("one", kFloat, &value);
                 const std::array<float, 2> pair = {value, 0};
                 scene.parameter("two", kFloat2, pair.data());
@@ -160,7 +160,7 @@ TEST(WriterValues, ElementsAsText) {
               scene.beginArray("others");
               scene.arrayValue(kFloat, values.floats.data());
               scene.arrayValue(kDouble, values.doubles.data());
-              scene.arrayValue(kBool, &kOne);
+              scene.arrayValue(kBool, &kTrue);
               scene.arrayValue(kString, "a");
               scene.arrayValue(kStringRef, &values.text);
               scene.arrayValue(kInt2, values.integers.data());
@@ -204,7 +204,7 @@ TEST(WriterValues, ElementsPacked) {
 
 CaptureBuffer* captureShader(vntScene_api& scene, const char* type) {
   EXPECT_TRUE(scene.beginShader(nullptr, type));
-  scene.parameter("p", kInt, &kOne);
+  scene.parameter("p", kInt, &kTrue);
   CaptureBuffer* buffer = scene.currentCapture();
   scene.endShader(0);
   return buffer;
@@ -214,9 +214,9 @@ TEST(WriterCaptures, NamedShader) {
   EXPECT_EQ(written([](vntScene_api& scene) {
               scene.beginGroup("g", true);
               EXPECT_TRUE(scene.beginShader("s", "phong"));
-              scene.parameter("p", kInt, &kOne);
+              scene.parameter("p", kInt, &kTrue);
               scene.endShader(0);
-              scene.parameter("p", kInt, &kOne);
+              scene.parameter("p", kInt, &kTrue);
               scene.endGroup();
             }),
             golden());
@@ -255,12 +255,12 @@ TEST(WriterCaptures, OneInsideAnother) {
               scene.popCapture();
               scene.parameterText("map", inner);
               scene.beginShader("named", "deep");
-              scene.parameter("p", kInt, &kOne);
+              scene.parameter("p", kInt, &kTrue);
               scene.endShader(0);
               const CaptureBuffer* outer = scene.currentCapture();
               EXPECT_NE(outer, inner);
               scene.endShader(0);
-              scene.parameter("p", kInt, &kOne);
+              scene.parameter("p", kInt, &kTrue);
               scene.shader(1, outer);
               scene.endGroup();
             }),
@@ -287,7 +287,7 @@ TEST(WriterCaptures, PackedArrayInside) {
                 [](vntScene_api& scene) {
                   scene.beginGroup("g", true);
                   scene.beginShader(nullptr, "s");
-                  writeWhole(scene, "v", kInt, &kOne, 1);
+                  writeWhole(scene, "v", kInt, &kTrue, 1);
                   const CaptureBuffer* buffer = scene.currentCapture();
                   EXPECT_TRUE(buffer->holdsRawBytes);
                   scene.endShader(0);

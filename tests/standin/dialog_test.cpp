@@ -9,15 +9,13 @@
 #include <vector>
 
 #include "standin/cad/session.h"
+#include "tests/standin/toolkit_text.h"
 
 namespace standin {
 namespace {
 
+using test::text;
 using Lines = std::vector<std::string>;
-
-// Texts as the toolkit declares them.
-char* text(const char* literal) { return const_cast<char*>(literal); }
-wchar_t* text(const wchar_t* literal) { return const_cast<wchar_t*>(literal); }
 
 struct Calls {
   std::vector<std::string> components;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/standin/toolkit_text.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/test_session.h"
 
@@ -13,11 +14,8 @@ namespace {
 
 using test::addAssembly;
 using test::addBoxPart;
+using test::text;
 using Lines = std::vector<std::string>;
-
-// Texts as the toolkit declares them.
-char* text(const char* literal) { return const_cast<char*>(literal); }
-wchar_t* text(const wchar_t* literal) { return const_cast<wchar_t*>(literal); }
 
 int answerSeven(uiCmdCmdId /*command*/, uiCmdValue* /*value*/, void* /*data*/) { return 7; }
 uiCmdAccessState alwaysAvailable(uiCmdAccessMode /*mode*/) { return ACCESS_AVAILABLE; }

@@ -49,6 +49,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <numbers>
 #include <set>
 #include <string>
 #include <utility>
@@ -65,8 +66,6 @@
 namespace standin::test {
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 void fill(Model& part, const PartShape& faces) {
   const auto shape = std::make_shared<const PartShape>(faces);
@@ -122,7 +121,7 @@ Loop rectangle(double uFirst, double uLast, double vFirst, double vLast) {
 Loop circleHole(double u, double v, double radius) {
   const gp_Circ2d circle(gp_Ax22d(gp_Pnt2d(u, v), gp_Dir2d(1.0, 0.0), gp_Dir2d(0.0, -1.0)), radius);
   const Handle(Geom2d_Circle) whole = new Geom2d_Circle(circle);
-  return {new Geom2d_TrimmedCurve(whole, 0.3, 2.0), new Geom2d_TrimmedCurve(whole, 2.0, 0.3 + 2.0 * kPi)};
+  return {new Geom2d_TrimmedCurve(whole, 0.3, 2.0), new Geom2d_TrimmedCurve(whole, 2.0, 0.3 + 2.0 * std::numbers::pi)};
 }
 
 // A face with these curves in its parameter plane as they are, also where they do not meet.

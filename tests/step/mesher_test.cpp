@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include "standin/step/exact_measure.h"
 #include "standin/step/revolved_surface.h"
@@ -22,7 +23,7 @@ namespace standin::test {
 
 namespace {
 
-void fill(Model& part, PartShape shape) {
+void addFaces(Model& part, PartShape shape) {
   for (std::size_t i = 0; i < shape.faces.size(); ++i) part.addSurface(0);
   part.outline = outlineOf(shape);
   part.mesher = std::make_shared<StepMesher>(std::make_shared<const PartShape>(std::move(shape)));
@@ -34,9 +35,9 @@ TopoDS_Shape atMirroredPlace(const TopoDS_Shape& shape) {
   return shape.Located(TopLoc_Location(mirror), false);
 }
 
-void expectSound(const TopoDS_Shape& shape, double volume) {
+void expectSoundMesh(const TopoDS_Shape& shape, double volume) {
   Model part;
-  fill(part, collectFaces(shape, 1.0));
+  addFaces(part, collectFaces(shape, 1.0));
   const MeshFacts facts = meshFacts(part, 0.005);
   ASSERT_TRUE(facts.failures.empty()) << facts.failures.front();
   EXPECT_NEAR(facts.volume, volume, 0.01 * std::abs(volume));
@@ -45,22 +46,23 @@ void expectSound(const TopoDS_Shape& shape, double volume) {
   EXPECT_EQ(facts.openEdges, 0U);
 }
 
-constexpr double kPi = 3.14159265358979323846;
-
 TEST(StepMesher, PolesApexesSeamsAndMirroredPlacesAreSound) {
   const TopoDS_Shape sphere = BRepPrimAPI_MakeSphere(5.0).Shape();
   const TopoDS_Shape cone = BRepPrimAPI_MakeCone(4.0, 0.0, 6.0).Shape();
   const TopoDS_Shape torus = BRepPrimAPI_MakeTorus(6.0, 2.0).Shape();
-  for (const TopoDS_Shape& shape : {sphere, atMirroredPlace(sphere)}) expectSound(shape, 4.0 / 3.0 * kPi * 125.0);
-  for (const TopoDS_Shape& shape : {cone, atMirroredPlace(cone)}) expectSound(shape, kPi * 16.0 * 6.0 / 3.0);
-  for (const TopoDS_Shape& shape : {torus, atMirroredPlace(torus)}) expectSound(shape, 2.0 * kPi * kPi * 6.0 * 4.0);
+  for (const TopoDS_Shape& shape : {sphere, atMirroredPlace(sphere)})
+    expectSoundMesh(shape, 4.0 / 3.0 * std::numbers::pi * 125.0);
+  for (const TopoDS_Shape& shape : {cone, atMirroredPlace(cone)})
+    expectSoundMesh(shape, std::numbers::pi * 16.0 * 6.0 / 3.0);
+  for (const TopoDS_Shape& shape : {torus, atMirroredPlace(torus)})
+    expectSoundMesh(shape, 2.0 * std::numbers::pi * std::numbers::pi * 6.0 * 4.0);
   // Turned inside out, everything faces inward.
-  expectSound(cone.Reversed(), -kPi * 16.0 * 6.0 / 3.0);
+  expectSoundMesh(cone.Reversed(), -std::numbers::pi * 16.0 * 6.0 / 3.0);
 }
 
 TEST(StepMesher, AnswersInTheModelsUnitAndWithinTheChordHeight) {
   Model inches;
-  fill(inches, collectFaces(BRepPrimAPI_MakeSphere(25.4).Shape(), 25.4));
+  addFaces(inches, collectFaces(BRepPrimAPI_MakeSphere(25.4).Shape(), 25.4));
   std::string failure;
   const double chord = 0.002;
   const auto mesh = inches.mesher->mesh(0, chord, failure);
@@ -84,8 +86,8 @@ TEST(StepMesher, AnswersInTheModelsUnitAndWithinTheChordHeight) {
 TEST(StepMesher, EqualRequestsGiveEqualMeshes) {
   const TopoDS_Shape shape = BRepPrimAPI_MakeTorus(6.0, 2.0).Shape();
   Model first, second;
-  fill(first, collectFaces(shape, 1.0));
-  fill(second, collectFaces(shape, 1.0));
+  addFaces(first, collectFaces(shape, 1.0));
+  addFaces(second, collectFaces(shape, 1.0));
   std::string failure;
   const auto fine = first.mesher->mesh(0, 0.01, failure);
   const auto coarse = first.mesher->mesh(0, 0.1, failure);
@@ -104,7 +106,7 @@ TEST(StepMesher, EqualRequestsGiveEqualMeshes) {
 
 TEST(StepMesher, BadRequestsFailWithAReason) {
   Model part;
-  fill(part, collectFaces(BRepPrimAPI_MakeBox(1, 1, 1).Shape(), 1.0));
+  addFaces(part, collectFaces(BRepPrimAPI_MakeBox(1, 1, 1).Shape(), 1.0));
   for (const double chord : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
     std::string failure;
     EXPECT_EQ(part.mesher->mesh(0, chord, failure), nullptr);
@@ -150,7 +152,7 @@ TEST(RevolvedSurface, KeepsPointsAndParameters) {
       Model part;
       PartShape one;
       one.faces = {face};
-      fill(part, one);
+      addFaces(part, one);
       std::string failure;
       const auto mesh = part.mesher->mesh(0, 0.01, failure);
       ASSERT_NE(mesh, nullptr) << failure;
@@ -162,7 +164,7 @@ TEST(RevolvedSurface, KeepsPointsAndParameters) {
       PartShape replaced;
       replaced.faces = {faceOnSurface(face, bspline)};
       Model other;
-      fill(other, replaced);
+      addFaces(other, replaced);
       EXPECT_NEAR(meshFacts(other, 0.01).area, meshFacts(part, 0.01).area, 0.005 * meshFacts(part, 0.01).area);
     }
     EXPECT_GT(converted, 0);

@@ -8,13 +8,11 @@
 namespace rpk {
 namespace {
 
-bool isGeometry(const Object& object) { return object.geometryType == "triangles" || object.geometryType == "nurbs"; }
-
 const Material* materialOf(const Object& object) { return object.material ? &*object.material : nullptr; }
 
 void appendOwn(const Group& group, std::vector<DrawnObject>& drawn) {
   for (const Object& object : group.objects) {
-    if (isGeometry(object)) drawn.push_back({&object, materialOf(object)});
+    if (object.drawn()) drawn.push_back({&object, materialOf(object)});
   }
   for (const auto& child : group.children) {
     if (child->materialGroup()) appendOwn(*child, drawn);

@@ -292,8 +292,6 @@ void collectGroups(const std::vector<std::unique_ptr<Group>>& groups, std::vecto
   }
 }
 
-bool isGeometry(const Object& object) { return object.geometryType == "triangles" || object.geometryType == "nurbs"; }
-
 }  // namespace
 
 Matrix multiply(const Matrix& first, const Matrix& second) {
@@ -321,10 +319,12 @@ const Shader* Shader::find(std::string_view parameterName) const {
 }
 
 bool Group::holdsGeometry() const {
-  if (std::any_of(objects.begin(), objects.end(), isGeometry)) return true;
-  return std::any_of(children.begin(), children.end(), [](const auto& inner) {
-    return inner->materialGroup() && std::any_of(inner->objects.begin(), inner->objects.end(), isGeometry);
-  });
+  const auto holdsDrawn = [](const Group& group) {
+    return std::any_of(group.objects.begin(), group.objects.end(), [](const Object& object) { return object.drawn(); });
+  };
+  return holdsDrawn(*this) || std::any_of(children.begin(), children.end(), [&](const auto& inner) {
+           return inner->materialGroup() && holdsDrawn(*inner);
+         });
 }
 
 const Object* Group::reference() const {

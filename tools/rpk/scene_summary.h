@@ -62,6 +62,8 @@ struct Object {
   std::optional<Material> material;
   std::string source;                  // for "instance": the name it refers to
   const Group* sourceGroup = nullptr;  // the last group of that name with geometry that ended before; or null
+
+  bool drawn() const { return geometryType == "triangles" || geometryType == "nurbs"; }
 };
 
 struct Animation {

@@ -33,10 +33,6 @@
 namespace sample {
 namespace {
 
-const gp_Dir kX(1, 0, 0);
-const gp_Dir kY(0, 1, 0);
-const gp_Dir kZ(0, 0, 1);
-
 TopoDS_Wire circle(const gp_Pnt& centre, const gp_Dir& axis, double radius) {
   return BRepBuilderAPI_MakeWire(BRepBuilderAPI_MakeEdge(gp_Circ(gp_Ax2(centre, axis), radius)).Edge()).Wire();
 }

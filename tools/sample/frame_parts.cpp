@@ -8,10 +8,6 @@
 namespace sample {
 namespace {
 
-const gp_Dir kX(1, 0, 0);
-const gp_Dir kY(0, 1, 0);
-const gp_Dir kZ(0, 0, 1);
-
 bool isNear(double value, double wanted) { return std::abs(value - wanted) < 1e-6; }
 
 // A plate with round vertical edges.

@@ -9,10 +9,6 @@
 namespace sample {
 namespace {
 
-const gp_Dir kX(1, 0, 0);
-const gp_Dir kY(0, 1, 0);
-const gp_Dir kZ(0, 0, 1);
-
 constexpr double kPinLength = 20;
 constexpr double kWeb = 8;  // thickness of the outer webs; the middle one fills the space between the pins
 

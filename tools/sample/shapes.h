@@ -13,6 +13,10 @@
 
 namespace sample {
 
+inline const gp_Dir kX(1, 0, 0);
+inline const gp_Dir kY(0, 1, 0);
+inline const gp_Dir kZ(0, 0, 1);
+
 TopoDS_Shape box(const gp_Pnt& low, const gp_Pnt& high);
 TopoDS_Shape cylinder(const gp_Pnt& base, const gp_Dir& axis, double radius, double height);
 // A regular hexagon's prism; `width` is the size of the spanner.

@@ -30,9 +30,10 @@ std::array<struct sigaction, kCrashes.size()> crashHandlers;
 // Only operations that may be called from a signal handler below.
 
 void removeAll() {
-  constexpr std::string_view kClearLine = "\r\033[K";
+  constexpr std::string_view kClearedLine = "\r\033[K";
   // Nothing can be done when that fails.
-  if (terminalToClear >= 0 && write(terminalToClear, kClearLine.data(), kClearLine.size()) < 0) terminalToClear = -1;
+  if (terminalToClear >= 0 && write(terminalToClear, kClearedLine.data(), kClearedLine.size()) < 0)
+    terminalToClear = -1;
   for (std::size_t i = entryCount; i > 0; --i) {
     const Entry& entry = entries[i - 1];
     const char* path = entry.path;

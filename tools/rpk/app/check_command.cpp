@@ -20,7 +20,7 @@
 namespace rpk {
 namespace {
 
-struct Options {
+struct CheckArguments {
   std::string file;
   bool json = false;
   bool quiet = false;
@@ -29,10 +29,6 @@ struct Options {
   double quality = 0.2;
   std::size_t most = CheckLimits().findingsOfOneKind;
 };
-
-std::string counted(std::uint64_t count, std::string_view what) {
-  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
 
 void writeText(std::ostream& out, const std::string& file, const CheckReport& report) {
   std::array<std::uint64_t, kCheckKinds> listed{};
@@ -46,10 +42,12 @@ void writeText(std::ostream& out, const std::string& file, const CheckReport& re
     if (report.counts[i] <= listed[i]) continue;
     fmt::print(out, "{}: {} more [{}]\n", file, report.counts[i] - listed[i], checkKindName(static_cast<CheckKind>(i)));
   }
-  fmt::print(out, "{}: {}, {}, {} in {}, {}, {}, {}\n", file, counted(report.count(Severity::kFault), "fault"),
-             counted(report.count(Severity::kWarning), "warning"), counted(report.count(Severity::kNote), "note"),
-             counted(report.groups, "group"), fmt::format("{} mesh{}", report.meshes, report.meshes == 1 ? "" : "es"),
-             counted(report.triangles, "triangle"), counted(report.surfaces, "exact surface"));
+  fmt::print(out, "{}: {}, {}, {} in {}, {}, {}, {}\n", file,
+             counted(report.count(Severity::kFault), "fault", "faults"),
+             counted(report.count(Severity::kWarning), "warning", "warnings"),
+             counted(report.count(Severity::kNote), "note", "notes"), counted(report.groups, "group", "groups"),
+             counted(report.meshes, "mesh", "meshes"), counted(report.triangles, "triangle", "triangles"),
+             counted(report.surfaces, "exact surface", "exact surfaces"));
 }
 
 void writeExactText(std::ostream& out, const std::string& file, const ExactReport& report) {
@@ -57,7 +55,8 @@ void writeExactText(std::ostream& out, const std::string& file, const ExactRepor
     fmt::print(out, "{}: {}: fault: {}\n", file, displayText(finding.path), finding.what);
   }
   fmt::print(out, "{}: {} of {} sound, {} of {} vertices of meshes on them\n", file, report.sound,
-             counted(report.surfaces, "exact surface"), report.vertices - report.strayVertices, report.vertices);
+             counted(report.surfaces, "exact surface", "exact surfaces"), report.vertices - report.strayVertices,
+             report.vertices);
 }
 
 nlohmann::ordered_json exactJson(const ExactReport& report) {
@@ -104,7 +103,7 @@ void writeJson(std::ostream& out, const std::string& file, const CheckReport& re
   out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
-ExitCode check(const Options& options, std::ostream& out) {
+ExitCode check(const CheckArguments& options, std::ostream& out) {
   const MappedFile file = openPackage(options.file);
   terminal::Progress progress(options.quiet ? nullptr : stderr);
   progress.begin();
@@ -135,7 +134,7 @@ ExitCode check(const Options& options, std::ostream& out) {
 void addCheckCommand(CLI::App& program, Work& work) {
   CLI::App* command =
       program.add_subcommand("check", "Looks for everything in a package that a renderer stumbles over");
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<CheckArguments>();
   command->add_option("FILE", options->file, "The package")->required();
   command->add_flag("--json", options->json, "Findings and counts as JSON");
   command->add_flag("--quiet", options->quiet, "Nothing but the exit status (and what --json asks for)");

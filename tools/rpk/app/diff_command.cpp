@@ -19,7 +19,7 @@
 namespace rpk {
 namespace {
 
-struct Options {
+struct DiffArguments {
   std::string first;
   std::string second;
   double tolerance = 0;
@@ -37,7 +37,7 @@ std::vector<std::string> kindNames() {
   return names;
 }
 
-DiffOptions diffOptions(const Options& options) {
+DiffOptions diffOptions(const DiffArguments& options) {
   DiffOptions result;
   result.tolerance = options.tolerance;
   if (options.all) result.without.clear();
@@ -58,7 +58,7 @@ bool tellFaults(const std::string& file, const Scene& scene) {
   return true;
 }
 
-ExitCode diff(const Options& options, std::ostream& out) {
+ExitCode diff(const DiffArguments& options, std::ostream& out) {
   const MappedFile first = openPackage(options.first);
   const MappedFile second = openPackage(options.second);
   const Scene before = readScene(first.bytes());
@@ -79,7 +79,7 @@ ExitCode diff(const Options& options, std::ostream& out) {
 
 void addDiffCommand(CLI::App& program, Work& work) {
   CLI::App* command = program.add_subcommand("diff", "Tells what two packages differ in, group by group");
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<DiffArguments>();
   command->add_option("FIRST", options->first, "A package")->required();
   command->add_option("SECOND", options->second, "Another one")->required();
   command->add_option("--tolerance", options->tolerance, "Placements whose numbers differ by no more are the same")

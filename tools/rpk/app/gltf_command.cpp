@@ -10,26 +10,22 @@
 #include <memory>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <system_error>
 
 #include "tools/rpk/app/output_file.h"
 #include "tools/rpk/app/package_input.h"
 #include "tools/rpk/gltf/gltf_writer.h"
+#include "tools/rpk/report/display_text.h"
 
 namespace rpk {
 namespace {
 
-struct Options {
+struct GltfArguments {
   std::string file;
   std::string output;
 };
 
-std::string counted(std::size_t count, std::string_view one, std::string_view more) {
-  return fmt::format("{} {}", count, count == 1 ? one : more);
-}
-
-GltfSummary writeFile(const Scene& scene, const Options& options) {
+GltfSummary writeFile(const Scene& scene, const GltfArguments& options) {
   const std::filesystem::path package(options.file);
   OutputFile output(options.output);
   ScratchFile scratch(options.output);
@@ -45,7 +41,7 @@ GltfSummary writeFile(const Scene& scene, const Options& options) {
 }
 
 // What is wrong goes to standard error, and the file is written with what could be read.
-ExitCode gltf(const Options& options, std::ostream& out) {
+ExitCode gltf(const GltfArguments& options, std::ostream& out) {
   const MappedFile file = openPackage(options.file);
   std::error_code ignored;
   if (std::filesystem::equivalent(options.file, options.output, ignored)) {
@@ -72,7 +68,7 @@ ExitCode gltf(const Options& options, std::ostream& out) {
 void addGltfCommand(CLI::App& program, Work& work) {
   CLI::App* command = program.add_subcommand(
       "gltf", "Writes a package as binary glTF 2.0 (meshes, materials, cameras, motions), in metres and Y up");
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<GltfArguments>();
   command->add_option("FILE", options->file, "The package")->required();
   command->add_option("OUT", options->output, "The file to write, *.glb")->required();
   command->callback([options, &work] { work = [options](std::ostream& out) { return gltf(*options, out); }; });

@@ -22,7 +22,7 @@
 namespace rpk {
 namespace {
 
-struct Options {
+struct InfoArguments {
   std::string file;
   TreeOptions tree;
   bool json = false;
@@ -37,7 +37,7 @@ std::vector<ExactPart> evaluated(const Scene& scene) {
   });
 }
 
-ExitCode info(const Options& options, std::ostream& out) {
+ExitCode info(const InfoArguments& options, std::ostream& out) {
   const MappedFile file = openPackage(options.file);
   PackageInfo info = gatherInfo(file.bytes());
   if (options.exact) info.exact = evaluated(info.scene);
@@ -57,7 +57,7 @@ ExitCode info(const Options& options, std::ostream& out) {
 
 void addInfoCommand(CLI::App& program, Work& work) {
   CLI::App* command = program.add_subcommand("info", "Tells what a package holds");
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<InfoArguments>();
   command->add_option("FILE", options->file, "The package")->required();
   command->add_option("--depth", options->tree.depth, "Levels of the tree of groups that are shown; 0: no tree");
   command->add_flag("--each", options->tree.each, "Every group on a line of its own, also those that repeat");

@@ -32,7 +32,7 @@
 namespace rpk {
 namespace {
 
-struct Options {
+struct PictureArguments {
   std::string file;
   std::string output;
   std::string camera = "iso";
@@ -43,7 +43,7 @@ struct Options {
   std::optional<int> pictures;  // side by side, over the whole motion
 };
 
-void warn(const Options& options, const std::string& what) {
+void warn(const PictureArguments& options, const std::string& what) {
   fmt::print(std::cerr, "rpk: {}: warning: {}\n", options.file, what);
 }
 
@@ -64,7 +64,7 @@ void readSize(const std::string& text, PictureOptions& picture) {
   }
 }
 
-void checkStrip(const Options& options, const PictureOptions& picture) {
+void checkStrip(const PictureArguments& options, const PictureOptions& picture) {
   if (options.time && options.pictures) refuse("--time and --frames exclude each other");
   if (options.time && !std::isfinite(*options.time)) refuse("--time: not a number of seconds");
   if (!options.pictures) return;
@@ -76,7 +76,7 @@ void checkStrip(const Options& options, const PictureOptions& picture) {
 }
 
 // The content is PNG, so the name had better say so.
-void checkOutput(const Options& options) {
+void checkOutput(const PictureArguments& options) {
   std::string extension = std::filesystem::path(options.output).extension().string();
   for (char& letter : extension) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
   std::error_code ignored;
@@ -89,7 +89,7 @@ void checkOutput(const Options& options) {
 }
 
 // A camera of the package wins over a standard view of the same name.
-ViewDirection chooseView(const Scene& scene, const Options& options) {
+ViewDirection chooseView(const Scene& scene, const PictureArguments& options) {
   if (const Camera* camera = scene.camera(options.camera)) {
     if (const auto view = cameraView(*camera)) return *view;
     throw Failure(ExitCode::kUnreadable,
@@ -106,7 +106,7 @@ ViewDirection chooseView(const Scene& scene, const Options& options) {
                      terminal::didYouMean(options.camera, names), fmt::join(quoted, ", ")));
 }
 
-std::shared_ptr<const Image> loadTexture(const std::string& path, const Options& options) {
+std::shared_ptr<const Image> loadTexture(const std::string& path, const PictureArguments& options) {
   const auto found = findTexture(path, std::filesystem::path(options.file).parent_path());
   if (!found) {
     warn(options, fmt::format("texture {}: there is no such file; the plain colour stands in", path));
@@ -120,11 +120,11 @@ std::shared_ptr<const Image> loadTexture(const std::string& path, const Options&
   return nullptr;
 }
 
-PictureSource sourceOf(const Options& options) {
+PictureSource sourceOf(const PictureArguments& options) {
   return options.exact ? PictureSource::kExactSurfaces : PictureSource::kMeshes;
 }
 
-PictureScene buildScene(const Scene& scene, const Options& options) {
+PictureScene buildScene(const Scene& scene, const PictureArguments& options) {
   const auto source = sourceOf(options);
   PictureScene built(pictureModel(
       scene, [&options](const std::string& path) { return loadTexture(path, options); }, source));
@@ -143,7 +143,7 @@ PictureScene buildScene(const Scene& scene, const Options& options) {
 }
 
 // The moments to draw; nothing for the model at rest.
-std::vector<double> momentsOf(const Scene& scene, const Options& options) {
+std::vector<double> momentsOf(const Scene& scene, const PictureArguments& options) {
   if (!options.time && !options.pictures) return {};
   const auto end = motionEnd(scene);
   if (!end) refuse(fmt::format("{}: nothing moves in the package", options.file));
@@ -168,7 +168,7 @@ void place(const Image& picture, std::size_t number, std::size_t count, Image& s
 
 // The camera stands as for the model at rest, so that pictures of different times can be compared.
 Image draw(const Scene& scene, PictureScene& built, const PictureCamera& camera, const PictureOptions& drawing,
-           const Options& options, terminal::Progress& progress) {
+           const PictureArguments& options, terminal::Progress& progress) {
   const std::vector<double> moments = momentsOf(scene, options);
   const std::size_t count = std::max<std::size_t>(moments.size(), 1);
   Image strip;
@@ -188,7 +188,7 @@ Image draw(const Scene& scene, PictureScene& built, const PictureCamera& camera,
   return strip;
 }
 
-void writePicture(const Image& image, const Options& options) {
+void writePicture(const Image& image, const PictureArguments& options) {
   const std::string bytes = encodePng(image, false);
   if (bytes.empty()) throw Failure(ExitCode::kOutput, fmt::format("{}: out of memory", options.output));
   OutputFile output(options.output);
@@ -196,7 +196,7 @@ void writePicture(const Image& image, const Options& options) {
   output.finish();
 }
 
-ExitCode picture(const Options& options, std::ostream& out) {
+ExitCode picture(const PictureArguments& options, std::ostream& out) {
   PictureOptions drawing;
   drawing.edges = options.edges;
   readSize(options.size, drawing);
@@ -230,7 +230,7 @@ void addPictureCommand(CLI::App& program, Work& work) {
       "Draws a package: the whole model, at rest unless a time is given, in its colours and textures. A closed part "
       "whose inner side shows is "
       "inside out, or has a face that is, and gets red stripes there; an open one is darker on its inner side");
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<PictureArguments>();
   command->add_option("FILE", options->file, "The package")->required();
   command->add_option("OUT", options->output, "The picture to write, *.png")->required();
   command

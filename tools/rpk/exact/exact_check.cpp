@@ -9,14 +9,13 @@
 #include "tools/rpk/drawing.h"
 #include "tools/rpk/exact/trim_loops.h"
 #include "tools/rpk/exact/trimmed_area.h"
+#include "tools/rpk/vector_math.h"
 
 namespace rpk {
 namespace {
 
 constexpr std::size_t kMostFindings = 100;
 constexpr std::size_t kPolygonSteps = 8;
-
-double distance(const Vector& a, const Vector& b) { return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]); }
 
 // The parameters that a surface's trims enclose, a little widened.
 struct ParameterBox {

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "tools/rpk/exact/trim_loops.h"
+#include "tools/rpk/vector_math.h"
 
 namespace rpk {
 namespace {
@@ -16,8 +17,6 @@ constexpr std::size_t kMostCells = 300000;    // quadrangles that a surface is r
 // What is not done by then belongs to a boundary that winds to and fro without an inside.
 constexpr std::size_t kMostTriangles = 1000000;
 constexpr double kSame = 1e-9;  // of the domain: corners at one height
-
-double distance(const Vector& a, const Vector& b) { return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]); }
 
 Vector middle(const Vector& a, const Vector& b) { return {(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2}; }
 

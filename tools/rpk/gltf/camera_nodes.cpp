@@ -10,25 +10,15 @@
 #include "tools/rpk/gltf/pose_node.h"
 #include "tools/rpk/gltf/rigid_matrix.h"
 #include "tools/rpk/utf8_text.h"
+#include "tools/rpk/vector_math.h"
 
 namespace rpk {
 namespace {
 
 constexpr double kMargin = 1.05;  // around the model in the picture
 
-double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-Vector cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
 Vector plus(const Vector& a, const Vector& b, double factor) {
   return {a[0] + b[0] * factor, a[1] + b[1] * factor, a[2] + b[2] * factor};
-}
-
-// Nothing for a direction that is none.
-std::optional<Vector> unit(const Vector& a) {
-  const double length = std::hypot(a[0], a[1], a[2]);
-  if (!std::isfinite(length) || length < 1e-30) return std::nullopt;
-  return Vector{a[0] / length, a[1] / length, a[2] / length};
 }
 
 Vector direction(Matrix matrix, const Vector& vector) {

@@ -4,16 +4,12 @@
 #include <cmath>
 #include <utility>
 
+#include "tools/rpk/vector_math.h"
+
 namespace rpk {
 namespace {
 
 using Rows = std::array<Vector, 3>;
-
-double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-Vector cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
 
 Vector scaled(const Vector& a, double factor) { return {a[0] * factor, a[1] * factor, a[2] * factor}; }
 

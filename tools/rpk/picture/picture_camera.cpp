@@ -5,20 +5,10 @@
 #include <cmath>
 #include <string>
 
+#include "tools/rpk/vector_math.h"
+
 namespace rpk {
 namespace {
-
-double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-Vector cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
-std::optional<Vector> unit(const Vector& vector) {
-  const double size = std::hypot(vector[0], vector[1], vector[2]);
-  if (!(size > 0) || !std::isfinite(size)) return std::nullopt;
-  return Vector{vector[0] / size, vector[1] / size, vector[2] / size};
-}
 
 Vector combine(const PictureAxes& axes, const Vector& factors) {
   Vector result = {};

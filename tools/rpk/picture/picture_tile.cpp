@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "tools/rpk/vector_math.h"
+
 namespace rpk {
 namespace {
 
@@ -11,18 +13,12 @@ Vec3 toFloats(const Vector& v) {
   return {static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])};
 }
 
-double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
 // Two axes across a direction of length 1 that change smoothly with it while it faces the viewer.
 std::array<Vec3, 2> across(const Vec3& n) {
   const float sign = n.z >= 0 ? 1.0F : -1.0F;
   const float a = -1 / (sign + n.z);
   const float b = n.x * n.y * a;
   return {Vec3{1 + sign * n.x * n.x * a, sign * b, -sign * n.x}, Vec3{b, sign + n.y * n.y * a, -n.y}};
-}
-
-std::uint8_t toByte(float light) {
-  return static_cast<std::uint8_t>(std::lround(toDisplay(std::clamp(light, 0.0F, 1.0F)) * 255));
 }
 
 }  // namespace
@@ -221,7 +217,7 @@ void TileDrawer::resolve(Image& image) const {
     for (std::uint32_t x = firstX; x < std::min(firstX + kSide, view_.width); ++x) {
       const Vec3 colour =
           pixel(kApron + static_cast<int>(x - firstX) * kSamples, kApron + static_cast<int>(y - firstY) * kSamples);
-      for (const float channel : {colour.x, colour.y, colour.z}) *out++ = toByte(channel);
+      for (const float channel : {colour.x, colour.y, colour.z}) *out++ = toDisplayByte(channel);
       *out++ = 255;
     }
   }

@@ -4,18 +4,16 @@
 #include <cmath>
 
 namespace rpk {
-namespace {
-
-std::uint8_t toByte(float value) { return static_cast<std::uint8_t>(std::lround(std::clamp(value, 0.0F, 1.0F) * 255)); }
-
-}  // namespace
-
 float toLight(float display) {
   return display <= 0.04045F ? display / 12.92F : std::pow((display + 0.055F) / 1.055F, 2.4F);
 }
 
 float toDisplay(float light) {
   return light <= 0.0031308F ? light * 12.92F : 1.055F * std::pow(light, 1 / 2.4F) - 0.055F;
+}
+
+std::uint8_t toDisplayByte(float light) {
+  return static_cast<std::uint8_t>(std::lround(toDisplay(std::clamp(light, 0.0F, 1.0F)) * 255));
 }
 
 Texture::Texture(const Image& image, bool repeat) : repeat_(repeat), levels_{image}, light_{} {
@@ -30,7 +28,7 @@ Image Texture::halved(const Image& large) const {
     for (std::uint32_t x = 0; x < small.width; ++x) {
       Vec3 light;
       for (std::uint32_t i = 0; i < 4; ++i) light = light + pixel(large, x * 2 + i % 2, y * 2 + i / 2) * 0.25F;
-      for (const float channel : {light.x, light.y, light.z}) small.pixels.push_back(toByte(toDisplay(channel)));
+      for (const float channel : {light.x, light.y, light.z}) small.pixels.push_back(toDisplayByte(channel));
       small.pixels.push_back(255);
     }
   }

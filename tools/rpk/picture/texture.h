@@ -13,6 +13,7 @@ namespace rpk {
 // Display colour of 0 to 1 to light of 0 to 1, and back.
 float toLight(float display);
 float toDisplay(float light);
+std::uint8_t toDisplayByte(float light);  // what is beyond 0 and 1 is brought there
 
 // An image with smaller versions of itself, so that fine patterns do not break up. (0, 0) is the lower left corner, v
 // runs upwards; outside 0 to 1 it repeats, or goes on as at its border. Alpha does not count.

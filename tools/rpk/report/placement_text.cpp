@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <numbers>
 
+#include "tools/rpk/vector_math.h"
+
 namespace rpk {
 namespace {
 
@@ -15,17 +17,6 @@ namespace {
 constexpr double kRounding = 1e-4;
 
 using Rows = std::array<Vector, 3>;
-
-double dot(const Vector& first, const Vector& second) {
-  return first[0] * second[0] + first[1] * second[1] + first[2] * second[2];
-}
-
-double length(const Vector& vector) { return std::sqrt(dot(vector, vector)); }
-
-Vector cross(const Vector& first, const Vector& second) {
-  return {first[1] * second[2] - first[2] * second[1], first[2] * second[0] - first[0] * second[2],
-          first[0] * second[1] - first[1] * second[0]};
-}
 
 Rows rowsOf(const Matrix& matrix) {
   return {{{matrix[0], matrix[1], matrix[2]}, {matrix[4], matrix[5], matrix[6]}, {matrix[8], matrix[9], matrix[10]}}};
