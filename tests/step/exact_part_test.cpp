@@ -61,6 +61,7 @@
 #include "tests/step/exact_checks.h"
 #include "tests/step/made_step.h"
 #include "tests/step/mesh_checks.h"
+#include "tests/support/large_models.h"
 #include "tests/support/temporary_folder.h"
 
 namespace standin::test {
@@ -368,6 +369,8 @@ std::vector<std::filesystem::path> modelFiles() {
 class ExactModelFile : public ::testing::TestWithParam<std::filesystem::path> {};
 
 TEST_P(ExactModelFile, HasSoundExactSurfaces) {
+  if (rendara::testing::leftOutUnderSanitizers(GetParam().filename().string()))
+    GTEST_SKIP() << "left out under sanitizers";
   Session session;
   const LoadResult result = loadStep(session, GetParam());
   ASSERT_NE(result.model, nullptr) << result.error;
