@@ -46,24 +46,26 @@ class LiveScene : public testing::PluginTest {
   int shaftComponent = 0;
 };
 
+std::string expectedHeader(const std::string& variant, const std::string& camera, const std::string& upAxis,
+                           const std::string& scale) {
+  return "writeFormatted \"//---vantor:dal:" + variant +
+         "---\\n\"\n"
+         "writeFormatted \"//---import:dal:1---\\n\"\n"
+         "writeFormatted \"// This is a Rendara scene file\\n\\n\"\n"
+         "beginLoad \"vntrtopt.so\"\n"
+         "parameter \"import_mode\" 7 on\n"
+         "parameter \"import_merge_groups\" 7 off\n"
+         "parameter \"import_merge_objects\" 7 off\n"
+         "parameter \"import_adjust_environment\" 7 on\n" +
+         camera + "parameter \"import_keep_original\" 7 on\nparameter \"import_up_vector\" 6 " + upAxis +
+         "\nparameter \"meter_scale\" 3 " + scale + "\nparameter \"ext\" 7 off\nendBlock\n";
+}
+
 TEST_F(LiveScene, RenderHasItsOwnHeaderAndOptions) {
   top.lengthUnit = L"in";
   plugin().settings.upAxis = 9;
   render();
-  EXPECT_EQ(header(),
-            "writeFormatted \"//---vantor:dal:4---\\n\"\n"
-            "writeFormatted \"//---import:dal:1---\\n\"\n"
-            "writeFormatted \"// This is a Rendara scene file\\n\\n\"\n"
-            "beginLoad \"vntrtopt.so\"\n"
-            "parameter \"import_mode\" 7 on\n"
-            "parameter \"import_merge_groups\" 7 off\n"
-            "parameter \"import_merge_objects\" 7 off\n"
-            "parameter \"import_adjust_environment\" 7 on\n"
-            "parameter \"import_keep_original\" 7 on\n"
-            "parameter \"import_up_vector\" 6 9\n"
-            "parameter \"meter_scale\" 3 39.37008\n"
-            "parameter \"ext\" 7 off\n"
-            "endBlock\n");
+  EXPECT_EQ(header(), expectedHeader("4", "", "9", "39.37008"));
   EXPECT_EQ(link->scene.calls()[13], "beginGroup \"top\" noDefine");
   EXPECT_EQ(link->scene.calls()[14], "flags 0x8000");
   EXPECT_EQ(link->scene.calls().back(), "endScene");
@@ -74,21 +76,7 @@ TEST_F(LiveScene, RenderHasItsOwnHeaderAndOptions) {
 
 TEST_F(LiveScene, UpdateHasItsOwnHeaderAndOptions) {
   update();
-  EXPECT_EQ(header(),
-            "writeFormatted \"//---vantor:dal:7---\\n\"\n"
-            "writeFormatted \"//---import:dal:1---\\n\"\n"
-            "writeFormatted \"// This is a Rendara scene file\\n\\n\"\n"
-            "beginLoad \"vntrtopt.so\"\n"
-            "parameter \"import_mode\" 7 on\n"
-            "parameter \"import_merge_groups\" 7 off\n"
-            "parameter \"import_merge_objects\" 7 off\n"
-            "parameter \"import_adjust_environment\" 7 on\n"
-            "parameter \"import_adjust_camera\" 7 off\n"
-            "parameter \"import_keep_original\" 7 on\n"
-            "parameter \"import_up_vector\" 6 1\n"
-            "parameter \"meter_scale\" 3 1000\n"
-            "parameter \"ext\" 7 off\n"
-            "endBlock\n");
+  EXPECT_EQ(header(), expectedHeader("7", "parameter \"import_adjust_camera\" 7 off\n", "1", "1000"));
   EXPECT_EQ(link->scene.calls()[14], "beginGroup \"top\" noDefine");
   EXPECT_EQ(link->scene.calls()[15], "flags 0x8000");
   EXPECT_EQ(link->modes, std::vector<LinkMode>{LinkMode::kUpdate});

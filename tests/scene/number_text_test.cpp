@@ -81,15 +81,6 @@ TEST(NumberText, FixedFormsAtTheirEdges) {
   EXPECT_EQ(text(writeFixed16, lowest), printed("%16.16f", lowest));
 }
 
-TEST(NumberText, Integers) {
-  std::array<char, kIntegerCapacity> buffer;
-  char* first = buffer.data();
-  char* last = first + buffer.size();
-  EXPECT_EQ(std::string(first, writeInteger(first, last, std::numeric_limits<int>::min())), "-2147483648");
-  EXPECT_EQ(std::string(first, writeInteger(first, last, 0)), "0");
-  EXPECT_EQ(std::string(first, writeUnsigned(first, last, std::numeric_limits<unsigned>::max())), "4294967295");
-}
-
 TEST(NumberText, StaysInsideTheRange) {
   const double value = -1.23457e-300;
   const std::size_t length = general(value).size();

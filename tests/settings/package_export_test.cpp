@@ -35,26 +35,5 @@ TEST(PackageExport, AsksWithTheLastPathAndTellsACancelFromAFailure) {
   EXPECT_EQ(askPackagePath(L""), L"") << "a dialog that fails is no cancel, and names no file";
 }
 
-TEST(PackageExport, FinishedDialogShowsItsTextsAndEndsWithItsButton) {
-  standin::Session session;
-  session.messageFolder = RENDARA_SOURCE_DIR "/resources/text";
-  std::wstring label;
-  std::wstring button;
-  session.onDialog = [&](standin::Dialog& dialog) {
-    EXPECT_EQ(dialog.name, "ExportFinished");
-    for (standin::Widget& widget : dialog.widgets) {
-      (widget.name == "ExportFinishedLabel" ? label : button) = widget.text;
-      if (widget.name == "ExportOk") {
-        widget.activate(dialog.name.data(), widget.name.data(), widget.data);
-      }
-    }
-  };
-  showExportFinished();
-  session.finish();
-  EXPECT_EQ(label, L"The export is finished.");
-  EXPECT_EQ(button, L"OK");
-  EXPECT_TRUE(session.misuse().empty()) << session.misuse().front();
-}
-
 }  // namespace
 }  // namespace rendara
