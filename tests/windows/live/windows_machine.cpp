@@ -112,7 +112,10 @@ void WindowsMachine::set(HKEY hive, const std::wstring& key, const wchar_t* name
                          const std::vector<BYTE>& data) {
   HKEY made = nullptr;
   check(RegCreateKeyExW(hive, key.c_str(), 0, nullptr, 0, KEY_SET_VALUE | KEY_WOW64_32KEY, nullptr, &made, nullptr));
-  const LSTATUS status = RegSetValueExW(made, name, 0, type, data.data(), static_cast<DWORD>(data.size()));
+  // The registry looks at the character behind a text and takes a terminator found there into the value.
+  std::vector<BYTE> followed = data;
+  followed.insert(followed.end(), sizeof(wchar_t), 0xFF);
+  const LSTATUS status = RegSetValueExW(made, name, 0, type, followed.data(), static_cast<DWORD>(data.size()));
   RegCloseKey(made);
   check(status);
 }
