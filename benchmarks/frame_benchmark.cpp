@@ -63,9 +63,9 @@ rendara::AnimationFrames framesOf(const std::filesystem::path& path, Reader read
 }
 
 double sizeOf(const rendara::AnimationFrames& frames) {
-  std::size_t matrices = 0;
-  for (const auto& entry : frames.animationFrames) matrices += entry.second.size();
-  return static_cast<double>(matrices * sizeof(rendara::Matrix));
+  std::size_t placements = 0;
+  for (const auto& entry : frames.animationFrames) placements += entry.second.size();
+  return static_cast<double>(placements * sizeof(rendara::FramePlacement));
 }
 
 // The growth of a process that reads the file. Zero when that is not to be had.

@@ -7,10 +7,10 @@
 namespace rendara {
 namespace {
 
-void writeMatrices(vntScene_api& scene, const std::vector<Matrix>& frames, const Matrix& inverse) {
+void writeMatrices(vntScene_api& scene, const std::vector<FramePlacement>& frames, const Matrix& inverse) {
   scene.beginArray("matrices");
-  for (const Matrix& frame : frames) {
-    const Matrix relative = multiply(frame, inverse);
+  for (const FramePlacement& frame : frames) {
+    const Matrix relative = multiply(frame.matrix(), inverse);
     scene.arrayValue(kMatrix, relative.data());
   }
   scene.endArray();
@@ -27,6 +27,14 @@ void writeTimestamps(vntScene_api& scene, int count, float frameTime) {
 }
 
 }  // namespace
+
+Matrix FramePlacement::matrix() const {
+  Matrix matrix = kIdentityMatrix;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    matrix[i / 3 * 4 + i % 3] = static_cast<double>(numbers[i]);
+  }
+  return matrix;
+}
 
 void writeComponentAnimation(vntScene_api& scene, const AnimationFrames& frames, const ProAsmcomppath& animationPath,
                              const Matrix& placement, const char* name) {

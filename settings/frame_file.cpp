@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kMaxFrameCount = 1'000'000;
 constexpr std::size_t kLongestRecord = 512;  // whose text is kept
+constexpr std::string_view kSpace = " \t\n\v\f\r";
 
 struct Track;
 using Component = std::pair<const std::vector<int>, Track>;
@@ -27,7 +28,7 @@ using Component = std::pair<const std::vector<int>, Track>;
 // The placements of a component, in the order of its records. As long as all are the same, bit for bit, one stands for
 // them: most components of a mechanism never move.
 struct Track {
-  std::vector<Matrix> frames;
+  std::vector<FramePlacement> frames;
   std::size_t repeats = 0;  // of the only frame
   // The text of its records until the end of the path, and of the only frame's numbers; empty when not known. Where the
   // same text stands again there is nothing to read from it.
@@ -37,15 +38,17 @@ struct Track {
   Component* following = nullptr;
 };
 
-bool sameBits(const Matrix& first, const Matrix& second) {
-  using Bits = std::array<std::uint64_t, 16>;
+std::string_view withoutSpaceBehind(std::string_view text) { return text.substr(0, text.find_last_not_of(kSpace) + 1); }
+
+bool sameBits(const FramePlacement& first, const FramePlacement& second) {
+  using Bits = std::array<std::uint32_t, 12>;
   return std::bit_cast<Bits>(first) == std::bit_cast<Bits>(second);
 }
 
 // Room grows by the half of what is wanted only where the announced count does not tell better; never to more than
 // eight times what the file has really held, so that a wrong count costs nothing. Towards the announced count it grows
 // by eighths of it, so that little is copied.
-void makeRoom(std::vector<Matrix>& frames, std::size_t wanted, std::size_t announced) {
+void makeRoom(std::vector<FramePlacement>& frames, std::size_t wanted, std::size_t announced) {
   if (wanted <= frames.capacity()) {
     return;
   }
@@ -64,10 +67,11 @@ void spellOut(Track& track, std::size_t further, std::size_t announced) {
 
 // By comparing numbers: zeros are equal whatever their signs, what is not a number equals nothing.
 bool moves(const Track& track) {
-  const Matrix& first = track.frames.front();
-  const bool numbers = std::none_of(first.begin(), first.end(), [](double number) { return std::isnan(number); });
-  return (track.repeats > 0 && !numbers) ||
-         std::any_of(track.frames.begin() + 1, track.frames.end(), [&](const Matrix& frame) { return frame != first; });
+  const FramePlacement& first = track.frames.front();
+  const bool numbers =
+      std::none_of(first.numbers.begin(), first.numbers.end(), [](float number) { return std::isnan(number); });
+  return (track.repeats > 0 && !numbers) || std::any_of(track.frames.begin() + 1, track.frames.end(),
+                                                        [&](const FramePlacement& frame) { return frame != first; });
 }
 
 class FrameReader {
@@ -101,14 +105,14 @@ class FrameReader {
       return false;
     }
     const std::size_t head = text_.sinceToken().size();
-    Matrix matrix = kIdentityMatrix;
-    if (!readMatrix(matrix)) {
+    FramePlacement placement{};
+    if (!text_.readFloats(placement.numbers)) {
       return false;
     }
     if (count >= 1 && count <= PRO_MAX_ASSEM_LEVEL) {
       Track& track = trackOfPath();
       const bool first = track.frames.empty();
-      add(track, matrix);
+      add(track, placement);
       if (!first && track.head.empty()) {
         keepText(track, head);
       }
@@ -122,7 +126,7 @@ class FrameReader {
     }
     // Read where it stays.
     makeRoom(track.frames, track.frames.size() + 1, announced());
-    if (!readMatrix(track.frames.emplace_back(kIdentityMatrix))) {
+    if (!text_.readFloats(track.frames.emplace_back().numbers)) {
       track.frames.pop_back();
       return false;
     }
@@ -135,11 +139,11 @@ class FrameReader {
       ++track.repeats;
       return true;
     }
-    Matrix matrix = kIdentityMatrix;
-    if (!readMatrix(matrix)) {
+    FramePlacement placement{};
+    if (!text_.readFloats(placement.numbers)) {
       return false;
     }
-    add(track, matrix);
+    add(track, placement);
     return true;
   }
 
@@ -153,24 +157,14 @@ class FrameReader {
   }
 
   void keepText(Track& track, std::size_t head) const {
-    const std::string_view record = text_.sinceToken();
+    const std::string_view record = withoutSpaceBehind(text_.sinceToken());
     if (record.empty() || record.size() > kLongestRecord) {
       return;
     }
     track.head = record.substr(0, head);
     if (track.frames.size() == 1) {
-      track.numbers = record.substr(record.find_first_not_of(" \t\n\v\f\r", head));
+      track.numbers = record.substr(record.find_first_not_of(kSpace, head));
     }
-  }
-
-  bool readMatrix(Matrix& matrix) {
-    const std::span<double> numbers(matrix);
-    for (std::size_t row = 0; row < 4; ++row) {
-      if (!text_.readFloats(numbers.subspan(row * 4, 3))) {
-        return false;
-      }
-    }
-    return true;
   }
 
   // "(7)", "(5 7)" and so on. Unless there is one identifier there are at least two, whatever the count says.
@@ -195,8 +189,8 @@ class FrameReader {
 
   std::size_t announced() const { return static_cast<std::size_t>(frames_.animationFrameCount); }
 
-  void add(Track& track, const Matrix& matrix) {
-    if (track.frames.size() == 1 && sameBits(track.frames.front(), matrix)) {
+  void add(Track& track, const FramePlacement& placement) {
+    if (track.frames.size() == 1 && sameBits(track.frames.front(), placement)) {
       ++track.repeats;
       return;
     }
@@ -205,7 +199,7 @@ class FrameReader {
     } else if (!track.frames.empty()) {
       makeRoom(track.frames, track.frames.size() + 1, announced());
     }
-    track.frames.push_back(matrix);
+    track.frames.push_back(placement);
   }
 
   Track& trackOfPath() {

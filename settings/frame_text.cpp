@@ -104,8 +104,8 @@ std::uint64_t numberOf(std::uint64_t digits) {
 
 // What "%f" prints of numbers below a thousand: up to three digits, a point, six digits, white space. The end, behind
 // a blank, or null for all others. Reads 12 characters.
-const char* scanSmall(const char* at, double& value) {
-  constexpr std::array<double, 2> kMillions = {1e6, -1e6};
+const char* scanSmall(const char* at, float& value) {
+  static constexpr std::array<double, 2> kMillions = {1e6, -1e6};
   const std::size_t negative = *at == '-' ? 1 : 0;
   at += negative;
   std::uint64_t upper = 0;
@@ -125,12 +125,9 @@ const char* scanSmall(const char* at, double& value) {
   // The quotient, rounded twice, is the nearest value: to be next to the middle of two floats in double precision it
   // has to be that middle, as a whole number of millionths below a thousand is farther from it otherwise.
   const auto millionths = static_cast<std::int64_t>(upper * 10'000'000 + numberOf(digits));
-  value = static_cast<double>(static_cast<float>(static_cast<double>(millionths) / kMillions[negative]));
+  value = static_cast<float>(static_cast<double>(millionths) / kMillions[negative]);
   at += 8;
-  if (*at == ' ') [[likely]] {
-    return at + 1;
-  }
-  return isSpace(*at) ? at : nullptr;
+  return isSpace(*at) ? at + 1 : nullptr;
 }
 
 // How many of the bytes are digits until the first that is none; the bytes without a digit's '0'.
@@ -155,8 +152,8 @@ const char* scanPlain(const char* at, Decimal& decimal) {
   if (parts == 0 || !isSpace(at[parts])) {
     return nullptr;
   }
-  constexpr std::array<std::uint32_t, 9> kShifts = {1,       10,        100,        1000,       10'000,
-                                                    100'000, 1'000'000, 10'000'000, 100'000'000};
+  static constexpr std::array<std::uint32_t, 9> kShifts = {1,       10,        100,        1000,       10'000,
+                                                           100'000, 1'000'000, 10'000'000, 100'000'000};
   decimal.mantissa = numberOf(whole << (64 - 8 * wholes)) * kShifts[static_cast<std::size_t>(parts)] +
                      numberOf(part << (64 - 8 * parts));
   decimal.exponent = -parts;
@@ -293,8 +290,8 @@ bool FrameText::readInt(int& value) {
   return true;
 }
 
-bool FrameText::readFloats(std::span<double> values) {
-  for (double& value : values) {
+bool FrameText::readFloats(std::span<float> values) {
+  for (float& value : values) {
     if (*at_ <= ' ') {
       skipMoreSpace();
     }
@@ -312,8 +309,7 @@ bool FrameText::readFloats(std::span<double> values) {
   return true;
 }
 
-const char* FrameText::endOfOther(double& number) {
-  float value = 0;
+const char* FrameText::endOfOther(float& value) {
   Decimal decimal;
   const char* end = scanPlain(at_, decimal);
   if (end == nullptr) {
@@ -327,7 +323,6 @@ const char* FrameText::endOfOther(double& number) {
     }
     value = rendara::readFloat({at_, static_cast<std::size_t>(end - at_)});
   }
-  number = static_cast<double>(value);
   return end;
 }
 

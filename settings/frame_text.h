@@ -46,7 +46,7 @@ class FrameText {
   bool readInt(int& value);
 
   // "%f", each to the nearest single-precision value. False as above, unless all of them can be read.
-  bool readFloats(std::span<double> values);
+  bool readFloats(std::span<float> values);
 
   bool skipOpening();  // " (": after white space; false when something else stands there
   void skipClosing();  // ")", if it stands right here
@@ -60,7 +60,7 @@ class FrameText {
     }
   }
   void skipMoreSpace();
-  const char* endOfOther(double& number);
+  const char* endOfOther(float& value);
   void fill();  // reads on until the block is full or the file ends
   // Afterwards what is left of the text, or its next `size` characters, lies in one piece.
   void gather(std::ptrdiff_t size) {

@@ -9,8 +9,8 @@
 namespace rendara {
 namespace {
 
-constexpr Matrix kMovedByTwo = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 2, 0, 0, 1};
-constexpr Matrix kMovedByFive = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1};
+constexpr FramePlacement kMovedByTwo = {{1, 0, 0, 0, 1, 0, 0, 0, 1, 2, 0, 0}};
+constexpr FramePlacement kMovedByFive = {{1, 0, 0, 0, 1, 0, 0, 0, 1, 5, 0, 0}};
 
 class Animation : public ::testing::Test {
  protected:
@@ -22,7 +22,7 @@ TEST_F(Animation, FramesAreRelativeToWhereTheComponentStands) {
   AnimationFrames frames;
   frames.animationFrames[{41}] = {kMovedByTwo, kMovedByFive};
   frames.animationFrameCount = 3;
-  writeComponentAnimation(scene, frames, path, kMovedByTwo, "piston.prt");
+  writeComponentAnimation(scene, frames, path, kMovedByTwo.matrix(), "piston.prt");
   EXPECT_EQ(scene.text(),
             "beginAnimation \"fbx_animation\" \"piston.prt\"\n"
             "parameter \"start_time\" 6 0\n"
@@ -42,9 +42,9 @@ TEST_F(Animation, FramesAreRelativeToWhereTheComponentStands) {
 
 TEST_F(Animation, ComponentsWithoutFramesWriteNothing) {
   AnimationFrames frames;
-  writeComponentAnimation(scene, frames, path, kMovedByTwo, "piston.prt");
+  writeComponentAnimation(scene, frames, path, kMovedByTwo.matrix(), "piston.prt");
   frames.animationFrames[{41, 3}] = {kMovedByFive};
-  writeComponentAnimation(scene, frames, path, kMovedByTwo, "piston.prt");
+  writeComponentAnimation(scene, frames, path, kMovedByTwo.matrix(), "piston.prt");
   EXPECT_EQ(scene.text(), "");
 }
 

@@ -76,10 +76,11 @@ std::string record(const std::string& path, const std::string& numbers = "1 2 3 
 TEST(FrameFile, FillsTheFirstThreeColumnsRowByRow) {
   const AnimationFrames frames = framesOf(kHeader + record("3 (5 7 9)"));
   ASSERT_EQ(frames.animationFrames.size(), 1U);
-  const auto& [path, matrices] = *frames.animationFrames.begin();
+  const auto& [path, placements] = *frames.animationFrames.begin();
   EXPECT_EQ(path, (std::vector<int>{5, 7, 9}));
-  EXPECT_EQ(matrices, (std::vector<Matrix>{{1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 1},
-                                           {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}}));
+  ASSERT_EQ(placements.size(), 2U);
+  EXPECT_EQ(placements[0].matrix(), (Matrix{1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0, 10, 11, 12, 1}));
+  EXPECT_EQ(placements[1].matrix(), (Matrix{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
   EXPECT_EQ(frames.animationFrameCount, 3);
   EXPECT_EQ(frames.animationFrameRate, 25);
 }
@@ -219,7 +220,7 @@ TEST(FrameFile, NumbersAreFreeOfTheLocale) {
   const AnimationFrames frames = framesOf(text);
   std::setlocale(LC_ALL, "C");
   EXPECT_TRUE(sameFrames(frames, expected));
-  EXPECT_EQ(frames.animationFrames.at({5}).front()[0], 1.5);
+  EXPECT_EQ(frames.animationFrames.at({5}).front().numbers[0], 1.5F);
 }
 
 class Maker {
@@ -346,11 +347,11 @@ TEST(FrameFile, TheSampleIsAMechanism) {
     for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(first[i], second[i], 1e-4);
   };
   for (std::size_t frame = 0; frame < 50; ++frame) {
-    const Matrix& drive = frames.at({11}).at(frame);
+    const Matrix drive = frames.at({11}).at(frame).matrix();
     for (const auto& [rod, unit, throwOffset, radius] : {std::tuple{12, 14, 18.0, 22.0}, {13, 15, -18.0, -22.0}}) {
-      const Matrix& rodFrame = frames.at({rod}).at(frame);
+      const Matrix rodFrame = frames.at({rod}).at(frame).matrix();
       expectJoined(placed({throwOffset, radius, 0}, drive), placed({0, 0, 0}, rodFrame));
-      expectJoined(placed({0, 85, 0}, rodFrame), placed({0, 0, 0}, frames.at({unit, 2}).at(frame)));
+      expectJoined(placed({0, 85, 0}, rodFrame), placed({0, 0, 0}, frames.at({unit, 2}).at(frame).matrix()));
     }
   }
 }

@@ -61,13 +61,11 @@ inline bool scanRecord(std::FILE* file, AnimationFrames& frames) {
   int count = 0;
   std::vector<int> path;
   if (!scanInt(file, count) || !scanPath(file, count, path)) return false;
-  Matrix matrix = kIdentityMatrix;
-  for (std::size_t i = 0; i < 12; ++i) {
-    float value = 0;
-    if (std::fscanf(file, "%f", &value) != 1) return false;
-    matrix[i / 3 * 4 + i % 3] = static_cast<double>(value);
+  FramePlacement placement{};
+  for (float& number : placement.numbers) {
+    if (std::fscanf(file, "%f", &number) != 1) return false;
   }
-  if (count >= 1 && count <= 25) frames.animationFrames[path].push_back(matrix);
+  if (count >= 1 && count <= 25) frames.animationFrames[path].push_back(placement);
   return true;
 }
 
@@ -82,23 +80,23 @@ inline void scanFrames(std::FILE* file, AnimationFrames& frames) {
   }
   std::erase_if(frames.animationFrames, [](const auto& entry) {
     const auto& all = entry.second;
-    return std::all_of(all.begin() + 1, all.end(), [&](const Matrix& frame) { return frame == all.front(); });
+    return std::all_of(all.begin() + 1, all.end(), [&](const FramePlacement& frame) { return frame == all.front(); });
   });
 }
 
 // The same components with the same numbers; not-a-numbers are alike, zeros differ by their signs.
 inline bool sameFrames(const AnimationFrames& first, const AnimationFrames& second) {
-  const auto sameNumber = [](double a, double b) {
+  const auto sameNumber = [](float a, float b) {
     return std::isnan(a) ? std::isnan(b) : a == b && std::signbit(a) == std::signbit(b);
   };
-  const auto sameMatrix = [&](const Matrix& a, const Matrix& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), sameNumber);
+  const auto samePlacement = [&](const FramePlacement& a, const FramePlacement& b) {
+    return std::equal(a.numbers.begin(), a.numbers.end(), b.numbers.begin(), sameNumber);
   };
   return first.animationFrameCount == second.animationFrameCount &&
          std::equal(first.animationFrames.begin(), first.animationFrames.end(), second.animationFrames.begin(),
                     second.animationFrames.end(), [&](const auto& a, const auto& b) {
-                      return a.first == b.first &&
-                             std::equal(a.second.begin(), a.second.end(), b.second.begin(), b.second.end(), sameMatrix);
+                      return a.first == b.first && std::equal(a.second.begin(), a.second.end(), b.second.begin(),
+                                                              b.second.end(), samePlacement);
                     });
 }
 
