@@ -32,6 +32,16 @@ else()
     target_compile_options(rendara_options INTERFACE -fsanitize=${RENDARA_SANITIZER} -fno-omit-frame-pointer
       -fno-sanitize-recover=all)
     target_link_options(rendara_options INTERFACE -fsanitize=${RENDARA_SANITIZER})
+    target_compile_definitions(rendara_options INTERFACE RENDARA_SANITIZED)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND RENDARA_SANITIZER MATCHES "^address")
+      # In a library of its own: the runtime stands between the programs and the system's loader, and inside a program
+      # it would have bare names looked for in that program's folders, too.
+      execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-resource-dir OUTPUT_VARIABLE resources
+        OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+      target_link_options(rendara_options INTERFACE -shared-libsan LINKER:-rpath,${resources}/lib/linux)
+      # As the standard library and other compilers have it.
+      target_compile_options(rendara_options INTERFACE -fsized-deallocation)
+    endif()
   endif()
 endif()
 

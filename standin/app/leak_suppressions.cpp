@@ -1,6 +1,6 @@
 // What a build with the leak sanitizer is not to report: Open CASCADE keeps its registers and protocols until the
 // process ends, and does not free them then.
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef RENDARA_SANITIZED
 extern "C" {
 
 __attribute__((visibility("default"))) const char* __lsan_default_suppressions();

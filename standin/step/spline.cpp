@@ -88,7 +88,8 @@ void polarForm(const Rows& rows, std::size_t span, const double* arguments, std:
       const double low = rows.knots[first + j];
       const double share = (arguments[level - 1] - low) / (rows.knots[first + j + degree - level + 1] - low);
       double* const pole = &work[j * rows.dimension];
-      for (std::size_t k = 0; k < rows.dimension; ++k) pole[k] += (1.0 - share) * (pole[k - rows.dimension] - pole[k]);
+      const double* const before = &work[(j - 1) * rows.dimension];
+      for (std::size_t k = 0; k < rows.dimension; ++k) pole[k] += (1.0 - share) * (before[k] - pole[k]);
     }
   }
   std::copy_n(work.begin() + static_cast<std::ptrdiff_t>(degree * rows.dimension), rows.dimension, result);

@@ -13,7 +13,7 @@
 #include "standin/cad/session.h"
 #include "tests/support/temporary_folder.h"
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef RENDARA_SANITIZED
 #define RENDARA_COUNTS_MEMORY 0
 #else
 #define RENDARA_COUNTS_MEMORY 1

@@ -15,7 +15,7 @@
 namespace rendara::testing {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef RENDARA_SANITIZED
 constexpr bool kCountsHeap = false;  // freed blocks are kept for a while
 #else
 constexpr bool kCountsHeap = true;

@@ -24,7 +24,7 @@ endif()
 
 # A part made by hand is enough; what is written is compared elsewhere.
 if(NOT EXISTS ${LINUX_STANDIN})
-  message("skipped: ${LINUX_STANDIN} is not there; the preset dev builds it")
+  message("skipped: ${LINUX_STANDIN} is not there; the preset test builds it")
   return()
 endif()
 execute_process(COMMAND ${LINUX_STANDIN} snapshot ${MODEL} ${FOLDER}/model.snap OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)

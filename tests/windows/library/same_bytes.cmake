@@ -3,7 +3,7 @@
 # Windows.
 cmake_policy(VERSION 3.22)
 if(NOT EXISTS ${LINUX_STANDIN})
-  message("skipped: ${LINUX_STANDIN} is not there; the preset dev builds it")
+  message("skipped: ${LINUX_STANDIN} is not there; the preset test builds it")
   return()
 endif()
 file(MAKE_DIRECTORY ${FOLDER})

@@ -51,6 +51,7 @@ Vec3 Texture::at(float u, float v, float footprint) const {
   const auto level = std::min(static_cast<std::size_t>(std::min(fineness + 0.5F, 64.0F)), levels_.size() - 1);
   const Image& image = levels_[level];
   const auto within = [this](float value) {
+    if (!std::isfinite(value)) return 0.0F;
     return repeat_ ? value - std::floor(value) : std::clamp(value, 0.0F, 1.0F);
   };
   const float x = within(u) * static_cast<float>(image.width) - 0.5F;
