@@ -45,9 +45,9 @@ else()
   endif()
 endif()
 
-# For what takes the compiler longer to optimise, when sanitized, than it ever runs.
+# For what takes the compiler longer to optimise, in a build that is made as a whole to be tested, than it ever runs.
 function(rendara_spare_optimising)
-  if(RENDARA_SANITIZER)
+  if(RENDARA_UNITY_BUILD)
     foreach(target IN LISTS ARGN)
       target_compile_options(${target} PRIVATE -O0)
     endforeach()

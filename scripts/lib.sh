@@ -11,6 +11,9 @@ bench_packages="libbenchmark-dev jq"
 windows_packages="cmake ninja-build g++-mingw-w64-i686-posix binutils-mingw-w64-i686 mingw-w64-i686-dev libtinyxml-dev
 libcli11-dev libfmt-dev nlohmann-json3-dev googletest ca-certificates curl patch xz-utils"
 
+# Some tests wait more than they work.
+test_jobs=$(($(nproc) + 1))
+
 # Installs those of the packages that are missing; needs root or sudo only then.
 need() {
   local missing=()

@@ -21,9 +21,10 @@ function(compare what one other)
   endif()
 endfunction()
 
+# With each of the further options of an export.
 function(compare_packages quality code_page)
   run(snapshot ${MODEL} saved.snap --quality ${quality} --code-page ${code_page})
-  foreach(options "" --no-nurbs)
+  foreach(options IN LISTS ARGN)
     run(export ${MODEL} step.rpk --quality ${quality} --code-page ${code_page} ${options})
     # The snapshot brings its code page.
     run(export saved.snap snapshot.rpk --quality ${quality} ${options})
@@ -33,8 +34,8 @@ function(compare_packages quality code_page)
   compare("saved again" saved.snap again.snap)
 endfunction()
 
-compare_packages(0.2 1252)
-compare_packages(0.07 932)
+compare_packages(0.2 1252 --shared-materials --no-nurbs)
+compare_packages(0.07 932 --up=z)
 
 # No attempt at another quality meets a chord height that is there.
 run(export saved.snap other.rpk --quality 0.95)
