@@ -103,7 +103,7 @@ std::uint64_t numberOf(std::uint64_t digits) {
 }
 
 // What "%f" prints of numbers below a thousand: up to three digits, a point, six digits, white space. The end, behind
-// a blank, or null for all others. Reads 12 characters.
+// the first of it, or null for all others. Reads 12 characters.
 const char* scanSmall(const char* at, float& value) {
   static constexpr std::array<double, 2> kMillions = {1e6, -1e6};
   const std::size_t negative = *at == '-' ? 1 : 0;
