@@ -39,12 +39,12 @@ std::pair<std::string, std::string> split(const std::string& line) {
   return {line.substr(begin, end - begin), line.substr(value, line.find_last_not_of(kBlanks) + 1 - value)};
 }
 
-using Entry = std::map<std::string, std::string>;
+using Fields = std::map<std::string, std::string>;
 
-Entry readEntry(const fs::path& file) {
+Fields readFields(const fs::path& file) {
   std::ifstream lines(file);
   if (!lines) failOn(file, std::generic_category().message(errno));
-  Entry fields;
+  Fields fields;
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
     const auto [name, value] = split(line);
@@ -57,7 +57,7 @@ Entry readEntry(const fs::path& file) {
   failOn(file, "the entry has no \"end\"");
 }
 
-const std::string& field(const fs::path& file, const Entry& fields, const std::string& key) {
+const std::string& field(const fs::path& file, const Fields& fields, const std::string& key) {
   const auto found = fields.find(key);
   if (found == fields.end()) failOn(file, fmt::format("there is no \"{}\"", key));
   return found->second;
@@ -71,7 +71,7 @@ fs::path pathFrom(const fs::path& file, std::string text) {
 }  // namespace
 
 Application readApplicationFile(const fs::path& file) {
-  const Entry fields = readEntry(file);
+  const Fields fields = readFields(file);
   field(file, fields, "name");
   if (lowerCase(field(file, fields, "startup")) != "dll") {
     failOn(file, fmt::format("\"startup\" is \"{}\", and only a dll can be loaded here", fields.at("startup")));
