@@ -39,12 +39,12 @@ std::pair<std::string, std::string> split(const std::string& line) {
   return {line.substr(begin, end - begin), line.substr(value, line.find_last_not_of(kBlanks) + 1 - value)};
 }
 
-using Fields = std::map<std::string, std::string>;
+using EntryFields = std::map<std::string, std::string>;
 
-Fields readFields(const fs::path& file) {
+EntryFields readEntry(const fs::path& file) {
   std::ifstream lines(file);
   if (!lines) failOn(file, std::generic_category().message(errno));
-  Fields fields;
+  EntryFields fields;
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
     const auto [name, value] = split(line);
@@ -57,7 +57,7 @@ Fields readFields(const fs::path& file) {
   failOn(file, "the entry has no \"end\"");
 }
 
-const std::string& field(const fs::path& file, const Fields& fields, const std::string& key) {
+const std::string& field(const fs::path& file, const EntryFields& fields, const std::string& key) {
   const auto found = fields.find(key);
   if (found == fields.end()) failOn(file, fmt::format("there is no \"{}\"", key));
   return found->second;
@@ -71,7 +71,7 @@ fs::path pathFrom(const fs::path& file, std::string text) {
 }  // namespace
 
 Application readApplicationFile(const fs::path& file) {
-  const Fields fields = readFields(file);
+  const EntryFields fields = readEntry(file);
   field(file, fields, "name");
   if (lowerCase(field(file, fields, "startup")) != "dll") {
     failOn(file, fmt::format("\"startup\" is \"{}\", and only a dll can be loaded here", fields.at("startup")));
