@@ -6,7 +6,7 @@ build_packages="cmake ninja-build g++ pkg-config libocct-foundation-dev libocct-
 libocct-modeling-algorithms-dev libocct-data-exchange-dev libocct-ocaf-dev libtinyxml-dev libcli11-dev libfmt-dev
 nlohmann-json3-dev libpng-dev libtiff-dev libstb-dev libtinygltf-dev libembree-dev
 qt6-base-dev fonts-dejavu-core"
-test_packages="git libgtest-dev clang clang-format clang-tidy libclang-rt-14-dev binutils locales xvfb xauth"
+test_packages="git libgtest-dev clang clang-format clang-tidy libclang-rt-14-dev llvm binutils locales xvfb xauth"
 bench_packages="libbenchmark-dev jq"
 windows_packages="cmake ninja-build g++-mingw-w64-i686-posix binutils-mingw-w64-i686 mingw-w64-i686-dev libtinyxml-dev
 libcli11-dev libfmt-dev nlohmann-json3-dev googletest ca-certificates curl patch xz-utils"

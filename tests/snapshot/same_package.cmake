@@ -1,4 +1,5 @@
-# Exports MODEL and snapshots of it with the same options; the packages must be the same, byte for byte.
+# Exports MODEL and snapshots of it with the same options; the packages must be the same, byte for byte. A LARGE model
+# is compared at one quality.
 cmake_minimum_required(VERSION 3.22)
 
 file(REMOVE_RECURSE "${FOLDER}")
@@ -35,7 +36,9 @@ function(compare_packages quality code_page)
 endfunction()
 
 compare_packages(0.2 1252 --shared-materials --no-nurbs)
-compare_packages(0.07 932 --up=z)
+if(NOT LARGE)
+  compare_packages(0.07 932 --up=z)
+endif()
 
 # No attempt at another quality meets a chord height that is there.
 run(export saved.snap other.rpk --quality 0.95)
