@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 #include <map>
-#include <span>
 #include <string>
 #include <string_view>
 #include <utility>

@@ -24,6 +24,7 @@
 #include "tools/rpk/exact/trimmed_area.h"
 #include "tools/rpk/package_counts.h"
 #include "tools/rpk/scene_summary.h"
+#include "tools/rpk/vector_math.h"
 
 namespace {
 
@@ -83,10 +84,8 @@ struct Box {
 };
 
 Vector minus(const Vector& a, const Vector& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-Vector cross(const Vector& a, const Vector& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-double dot(const Vector& a, const Vector& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+using rpk::cross;
+using rpk::dot;
 
 Vector tripleAt(const rpk::ArrayView& array, std::size_t index) {
   return {array.number(index * 3), array.number(index * 3 + 1), array.number(index * 3 + 2)};

@@ -11,6 +11,7 @@
 #include "standin/step/exact_measure.h"
 #include "standin/step/step_mesher.h"
 #include "tests/step/mesh_checks.h"
+#include "tools/rpk/vector_math.h"
 
 namespace standin::test {
 
@@ -22,9 +23,7 @@ constexpr double kArea = 0.005;
 Point startOf(const TrimPiece& piece) { return piece.against ? piece.curve->poles.back() : piece.curve->poles.front(); }
 Point endOf(const TrimPiece& piece) { return piece.against ? piece.curve->poles.front() : piece.curve->poles.back(); }
 
-double distance(const Point& left, const Point& right) {
-  return std::hypot(left[0] - right[0], left[1] - right[1], left[2] - right[2]);
-}
+using rpk::distance;
 
 bool isClamped(int degree, const std::vector<double>& knots, std::size_t poles) {
   const auto order = static_cast<std::size_t>(degree) + 1;

@@ -4,6 +4,8 @@
 #include <map>
 #include <utility>
 
+#include "tools/rpk/vector_math.h"
+
 namespace standin::test {
 
 namespace {
@@ -12,14 +14,8 @@ Point minus(const Point& left, const Point& right) {
   return {left[0] - right[0], left[1] - right[1], left[2] - right[2]};
 }
 
-Point cross(const Point& left, const Point& right) {
-  return {left[1] * right[2] - left[2] * right[1], left[2] * right[0] - left[0] * right[2],
-          left[0] * right[1] - left[1] * right[0]};
-}
-
-double dot(const Point& left, const Point& right) {
-  return left[0] * right[0] + left[1] * right[1] + left[2] * right[2];
-}
+using rpk::cross;
+using rpk::dot;
 
 // Sides by their end points: the directions of a shared side cancel.
 using Sides = std::map<std::pair<Point, Point>, int>;
